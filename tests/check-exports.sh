@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Compares the dynamic symbol table of the shared library with the export lists.
 set -euo pipefail
-lib=$1 lists=$2
-want=$(cat "$lists"/*.txt | sed 's/#.*//; s/[[:space:]]//g' | grep -v '^$' | sort -u)
+lib=$1; shift
+want=$(cat "$@" | sed 's/#.*//; s/[[:space:]]//g' | grep -v '^$' | sort -u)
 # __odr_asan.* are the address sanitizer's own markers in the test build.
 have=$(nm -D --defined-only "$lib" | awk '{print $3}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start)$|^__odr_asan\.' | sort -u)
 soname=$(objdump -p "$lib" | awk '/SONAME/ {print $2}')
