@@ -5,6 +5,7 @@
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <syslog.h>
 
 #include <mutex>
@@ -23,7 +24,9 @@ int g_facility = 0;
 int g_fail_fetch_at = 0;
 thread_local bool t_own = false;  // the harness's own connection is not recorded
 
+std::vector<std::pair<int, unsigned int>> g_options;
 using query_fn = int (*)(MYSQL*, const char*);
+using options_fn = int (*)(MYSQL*, enum mysql_option, const void*);
 using fetch_fn = MYSQL_ROW (*)(MYSQL_RES*);
 
 query_fn real_query() {
@@ -51,11 +54,13 @@ void own_connect() {
         mysql_close(g_db);
     }
     g_db = mysql_init(nullptr);
+    t_own = true;
     const char* port = getenv("MYSQL_TCP_PORT");
     if (mysql_real_connect(g_db, "127.0.0.1", "root", "582914", "firewall",
                            port ? static_cast<unsigned>(atoi(port)) : 0, nullptr, 0) == nullptr) {
         ADD_FAILURE() << "test connection: " << mysql_error(g_db);
     }
+    t_own = false;
 }
 
 MYSQL* own() {
@@ -96,6 +101,19 @@ extern "C" int mysql_query(MYSQL* mysql, const char* q) {
         g_statements.emplace_back(q ? q : "(null)");
     }
     return real_query()(mysql, q);
+}
+
+extern "C" int mysql_options(MYSQL* mysql, enum mysql_option option, const void* arg) {
+    static options_fn real = reinterpret_cast<options_fn>(dlsym(RTLD_NEXT, "mysql_options"));
+    if (!t_own) {
+        std::lock_guard<std::mutex> lock(g_mutex);
+        unsigned int value = 0;
+        if (arg != nullptr) {
+            memcpy(&value, arg, sizeof value);
+        }
+        g_options.emplace_back(static_cast<int>(option), value);
+    }
+    return real(mysql, option, arg);
 }
 
 extern "C" MYSQL_ROW mysql_fetch_row(MYSQL_RES* res) {
@@ -163,8 +181,14 @@ int close_count() {
     return g_close;
 }
 
+std::vector<std::pair<int, unsigned int>> options() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    return g_options;
+}
+
 void clear() {
     std::lock_guard<std::mutex> lock(g_mutex);
+    g_options.clear();
     g_statements.clear();
     g_logs.clear();
     g_open = g_close = 0;

@@ -35,6 +35,9 @@ using Row = std::vector<Cell>;
 // Captured traffic since the last clear().
 std::vector<std::string> statements();
 std::vector<LogRecord> logs();
+// mysql_options calls (the library's and the client library's own): (option
+// number, the first four bytes its argument points to, as an unsigned int).
+std::vector<std::pair<int, unsigned int>> options();
 int open_count();
 int close_count();
 void clear();
