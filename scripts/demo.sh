@@ -5,6 +5,7 @@
 #   UTIL_DB_DEMO_TRACE=1 scripts/demo.sh   also the library's statements (from the server's log)
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+"$root/scripts/setup.sh"
 build=${UTIL_DB_BUILD:-$root/build}
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" -j "$(nproc)" >/dev/null

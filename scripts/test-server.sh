@@ -5,6 +5,8 @@
 #   test-server.sh stop DIR     stop it (the data stays)
 #   test-server.sh restart DIR  stop, then start again on the same port
 #   test-server.sh env DIR      print the shell lines that point a client at it
+#   test-server.sh status DIR   say whether it runs, and where
+#   test-server.sh reset DIR    load the reference schema again (all data is lost)
 # The port, socket and pid file live in DIR/server.env.
 set -euo pipefail
 
@@ -74,8 +76,12 @@ CREATE USER IF NOT EXISTS 'root'@'127.0.0.1' IDENTIFIED BY '582914';
 GRANT ALL PRIVILEGES ON *.* TO 'root'@'127.0.0.1' WITH GRANT OPTION;
 FLUSH PRIVILEGES;
 SQL
-    cat "$root"/schema/*.sql | "$CLIENT" --no-defaults --socket="$sock" -uroot -p582914
+    load_schema
   fi
+}
+
+load_schema() {
+  cat "$root"/schema/*.sql | "$CLIENT" --no-defaults --socket="$sock" -uroot -p582914
 }
 
 do_stop() {
@@ -91,5 +97,8 @@ case "$cmd" in
   stop) do_stop ;;
   restart) do_stop; do_start ;;
   env) sed 's/^/export /' "$envf" ;;
+  status)
+    if running; then echo "running (pid $(cat "$pidf")), $(grep MYSQL_TCP_PORT "$envf")"; else echo "stopped"; exit 1; fi ;;
+  reset) running || { echo "not running" >&2; exit 1; }; load_schema ;;
   *) echo "unknown command $cmd" >&2; exit 2 ;;
 esac

@@ -155,6 +155,20 @@ TEST_F(LibraryTest, EveryRecordIsWrittenBetweenItsOwnOpenlogAndCloselog) {
     EXPECT_EQ(close_count(), 5);
 }
 
+TEST_F(LibraryTest, FailedPingReturnsThePingsValueAndTheNextStatementReconnects) {
+    const unsigned long id = mysql_thread_id(static_cast<MYSQL*>(h.conn));
+    exec("KILL " + std::to_string(id));
+    const int ping = util_db_chkconnect(&h);
+    EXPECT_NE(ping, 0);
+    EXPECT_NE(ping, -1);  // the ping's own value
+    EXPECT_EQ(h.flag & 1u, 0u);
+    EXPECT_EQ(records(), (std::vector<std::string>{"7: Begin", "7: End", "5:Disconnected whit data base!\n"}));
+    clear();
+    EXPECT_EQ(db_query(&h, "select 1"), 0);
+    EXPECT_EQ(h.flag & 1u, 1u);
+    EXPECT_NE(mysql_thread_id(static_cast<MYSQL*>(h.conn)), id);
+}
+
 TEST_F(LibraryTest, ServerDownThenUp) {
     server_stop();
     int ping = util_db_chkconnect(&h);
