@@ -1,6 +1,7 @@
 /* util-db-demo: configures a small firewall appliance through libutil-database
  * and prints the configuration read back. */
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include "demo.h"
@@ -18,6 +19,9 @@ int main(void) {
         return 2;
     }
     int failures = 0;
+    printf("== Connection\n");
+    failures += demo_check(util_db_chkconnect(&handle) == 0, "the configuration database answers a ping");
+    failures += demo_check(db_query(&handle, "select 1") == 0, "a statement runs through the handle");
     printf("== Interfaces\n");
     failures += demo_interfaces(&handle);
     printf("== Zones, address pools, assets\n");
@@ -28,6 +32,21 @@ int main(void) {
     failures += demo_inspection(&handle);
     printf("== Device settings\n");
     failures += demo_device(&handle);
+    /* The library's log, shown on the terminal: one statement traced and a
+     * table dumped (UTIL_DB_DEMO_LOG=0 leaves it off). */
+    const char* level = getenv("UTIL_DB_DEMO_LOG");
+    if (level == NULL || strcmp(level, "0") != 0) {
+        printf("== The library's log (level 7) while it dumps the predefined services\n");
+        fflush(stdout);
+        util_db_log_switch = 1;
+        util_db_log_level = 7;
+        void* res = db_store_result(&handle, "select * from PredefineServers");
+        if (res != NULL) {
+            mysql_free_result(res);
+        }
+        util_db_log_switch = 0;
+        util_db_log_level = 0;
+    }
     util_db_disconnect(&handle);
     util_db_deinit(&handle);
     printf("%d failure(s)\n", failures);
