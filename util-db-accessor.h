@@ -228,7 +228,13 @@ int dump_table(db_handle_t* handle, const char* table, int priority, Site site);
 
 /* Bounded copy of exactly `capacity` characters (strncpy: no terminator when
  * the value fills the capacity). */
-inline void copy_bounded(char* dst, const char* src, size_t capacity) { strncpy(dst, src, capacity); }
+inline void copy_bounded(char* dst, const char* src, size_t capacity) {
+    const size_t n = strnlen(src, capacity);
+    memcpy(dst, src, n);
+    if (n < capacity) {
+        memset(dst + n, 0, capacity - n);
+    }
+}
 
 /* A fresh heap buffer of `capacity` bytes holding the bounded copy of src, or
  * NULL when memory runs out. */
