@@ -1,4 +1,5 @@
 USE firewall;
+-- BasicSettings holds the device's settings row: its setters update every row.
 CREATE TABLE BasicSettings (
   basicSettingId      INT NOT NULL AUTO_INCREMENT PRIMARY KEY,
   basicSettingType    INT NULL,
@@ -19,6 +20,8 @@ CREATE TABLE Syslogs (
   syslogPort     INT NULL
 ) ENGINE=InnoDB;
 
+-- Bypass units and remote-service strategy rules are provisioned with the
+-- appliance (rows below); the library only updates them by name.
 CREATE TABLE Bypasss (
   bypassName VARCHAR(255) NOT NULL PRIMARY KEY,
   powerOn    INT NOT NULL DEFAULT 0,
@@ -30,3 +33,7 @@ CREATE TABLE StrategyRules (
   disabled         INT NOT NULL DEFAULT 0,
   ruleData         VARCHAR(1024) NULL
 ) ENGINE=InnoDB;
+
+INSERT INTO Bypasss (bypassName, powerOn, appFault) VALUES ('bypass0', 0, 0), ('bypass1', 0, 0);
+INSERT INTO StrategyRules (strategyRuleName, disabled, ruleData) VALUES
+  ('ssh', 1, NULL), ('https', 0, NULL), ('ping', 1, NULL);
