@@ -18,6 +18,8 @@ if [ -z "${UTIL_DB_CMAKE_ARGS:-}" ]; then
   cmake --build "$root/build" -j "$jobs"
   "$root/tests/check-exports.sh" "$root/build/libutil-database.so" "$root/exports/core.txt" \
     $(for f in "$root"/db_tables/util-db-*.cpp; do echo "$root/exports/$(basename "${f%.cpp}").txt"; done)
+  # The Debian packages install and a C program builds against them.
+  "$root/tests/package-test.sh" "$root/build"
 fi
 cmake -S "$root" -B "$build" -G Ninja -DUTIL_DB_TESTING=ON -DCMAKE_BUILD_TYPE=Debug ${UTIL_DB_CMAKE_ARGS:-} >/dev/null
 cmake --build "$build" -j "$jobs"
