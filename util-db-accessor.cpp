@@ -4,6 +4,15 @@
 
 namespace util_db {
 
+int run_format(db_handle_t* handle, const char* fmt, ...) {
+    Statement sql;
+    va_list ap;
+    va_start(ap, fmt);
+    vsnprintf(sql.data(), Statement::kSize, fmt, ap);
+    va_end(ap);
+    return run(handle, sql.c_str());
+}
+
 MYSQL_ROW first_row(db_handle_t* handle, const char* sql, Result& res, const RowMessages& msgs, Need need) {
     res = store(handle, sql);
     if (!res) {

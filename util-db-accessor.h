@@ -173,6 +173,15 @@ inline int run(db_handle_t* handle, const char* sql) {
     return db_query(handle, sql) == 0 ? 0 : -1;
 }
 
+/* Formats a statement into a fresh 1024-byte buffer (cut silently when longer)
+ * and runs it without rows: 0, or -1. */
+int run_format(db_handle_t* handle, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+
+/* A text value as the formatter spells a NULL one, "(null)": functions that
+ * do not check a text argument pass it through this instead of handing NULL
+ * to %s. */
+inline const char* text_or_null(const char* s) { return s != nullptr ? s : "(null)"; }
+
 /* Runs a statement with rows; the result is empty (false) on failure. */
 inline Result store(db_handle_t* handle, const char* sql) {
     return Result(db_store_result(handle, sql));

@@ -17,9 +17,6 @@ namespace {
 using util_db::Result;
 using util_db::Statement;
 
-/* The BasicSettings setters format their text values as they are; a NULL one
- * goes in as the formatter's "(null)" text. */
-const char* as_text(const char* value) { return value != NULL ? value : "(null)"; }
 
 /* A BasicSettings setter: refuses a NULL connection, then formats the
  * statement and runs it. 0, or -1. */
@@ -29,10 +26,10 @@ int set_basic(db_handle_t* connection, const char* fmt, ...) {
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    util_db::Statement sql;
     va_list ap;
     va_start(ap, fmt);
-    vsnprintf(sql.data(), Statement::kSize, fmt, ap);
+    vsnprintf(sql.data(), util_db::Statement::kSize, fmt, ap);
     va_end(ap);
     return util_db::run(connection, sql.c_str());
 }
@@ -63,7 +60,7 @@ int autoswitchWorkModeBasicSettingsOff(db_handle_t* connection, int w_enableSwit
 
 int autoswitchWorkModeBasicSettingsOn(db_handle_t* connection, const char* w_switchTime, int w_switchModeType) {
     return set_basic(connection, "UPDATE BasicSettings SET w_enableSwitch=%d,w_switchTime = '%s',w_switchModeType = %d",
-                     1, as_text(w_switchTime), w_switchModeType);
+                     1, util_db::text_or_null(w_switchTime), w_switchModeType);
 }
 
 int insertWorkModeBasicSettings(db_handle_t* connection, int basicSettingType) {
@@ -74,12 +71,12 @@ int insertWorkModeBasicSettings(db_handle_t* connection, int basicSettingType) {
 }
 
 int timesettingBasicSettingsOff(db_handle_t* connection, const char* t_systemTime) {
-    return set_basic(connection, "UPDATE BasicSettings SET t_systemTime = '%s'", as_text(t_systemTime));
+    return set_basic(connection, "UPDATE BasicSettings SET t_systemTime = '%s'", util_db::text_or_null(t_systemTime));
 }
 
 int activateNtpBasicSettings(db_handle_t* connection, int t_activateNtp, const char* t_ntpIp) {
     return set_basic(connection, "UPDATE BasicSettings SET t_activateNtp = %d,t_ntpIp = '%s'",
-                     t_activateNtp, as_text(t_ntpIp));
+                     t_activateNtp, util_db::text_or_null(t_ntpIp));
 }
 
 int setSyslogTurnBasicSettings(db_handle_t* connection, int l_syslogStorageType) {

@@ -13,6 +13,8 @@
 using util_db::Appender;
 using util_db::Result;
 using util_db::kRowMessages;
+using util_db::run_format;
+using util_db::text_or_null;
 
 struct _db_if_info db_if_info = {};
 
@@ -22,22 +24,6 @@ namespace {
 constexpr size_t kMemberListSize = 1024;
 using ListStatement = util_db::BasicStatement<1152>;
 
-/* What glibc prints for a NULL %s argument, passed explicitly so that the
- * setters without checks of their own never hand NULL to the formatter. */
-const char* text(const char* s) { return s != NULL ? s : "(null)"; }
-
-/* Formats one statement into a zeroed 1024-byte buffer and runs it: 0 / -1. */
-int change(db_handle_t* connection, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-
-int change(db_handle_t* connection, const char* fmt, ...) {
-    util_db::Statement sql;
-    Appender out(sql.data(), util_db::Statement::kSize);
-    va_list ap;
-    va_start(ap, fmt);
-    out.vappend(fmt, ap);
-    va_end(ap);
-    return util_db::run(connection, sql.c_str());
-}
 
 /*
  * The name a record stands for: pname when present, else the inline name (at
@@ -106,8 +92,8 @@ int set_ip_mask(db_handle_t* connection, const char* interfaceName, const char* 
     if (connection == NULL) {
         return -1;
     }
-    if (change(connection, "UPDATE NetInterfaces SET ipAddressMask = '%s' WHERE interfaceName = '%s'",
-               text(ipAddressMask), text(interfaceName)) != 0) {
+    if (run_format(connection, "UPDATE NetInterfaces SET ipAddressMask = '%s' WHERE interfaceName = '%s'",
+               text_or_null(ipAddressMask), text_or_null(interfaceName)) != 0) {
         return -1;
     }
     UTIL_DB_LOG(7, " End");
@@ -119,7 +105,7 @@ int delete_interface(db_handle_t* connection, const char* interfaceName) {
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "delete from NetInterfaces where interfaceName = '%s'", interfaceName);
+    return run_format(connection, "delete from NetInterfaces where interfaceName = '%s'", interfaceName);
 }
 
 /* Writes a bridge's member list. */
@@ -156,7 +142,7 @@ int insertPhyNetInterfaces(db_handle_t* connection, const char* interfaceName) {
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "insert into NetInterfaces (interfaceName,interfaceType) VALUES ('%s','%s')",
+    return run_format(connection, "insert into NetInterfaces (interfaceName,interfaceType) VALUES ('%s','%s')",
                   interfaceName, "ETH");
 }
 
@@ -164,7 +150,7 @@ int insertVlanInterfaceNetInterfaces(db_handle_t* connection, const char* interf
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection,
+    return run_format(connection,
                   "insert into NetInterfaces (interfaceName, interfaceType, vlanIndex) VALUES ('%s', '%s', %d)",
                   interfaceName, "VLAN", vlanIndex);
 }
@@ -174,10 +160,10 @@ int insertSubInterfaceNetInterfaces(db_handle_t* connection, const char* interfa
     if (connection == NULL || ipAddressMask == NULL || phyInterfaceName == NULL) {
         return -1;
     }
-    return change(connection,
+    return run_format(connection,
                   "insert into NetInterfaces (interfaceName, interfaceType, subIndex, ipAddressMask, "
                   "subEthInterfaceName) VALUES ('%s', '%s', %d, '%s', '%s')",
-                  text(interfaceName), "SUB", subIndex, ipAddressMask, phyInterfaceName);
+                  text_or_null(interfaceName), "SUB", subIndex, ipAddressMask, phyInterfaceName);
 }
 
 int insertBridgeNetInterfaces(db_handle_t* connection, const char* interfaceName) {
@@ -185,7 +171,7 @@ int insertBridgeNetInterfaces(db_handle_t* connection, const char* interfaceName
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    if (change(connection, "insert into NetInterfaces (interfaceName, interfaceType) VALUES ('%s', '%s')",
+    if (run_format(connection, "insert into NetInterfaces (interfaceName, interfaceType) VALUES ('%s', '%s')",
                interfaceName, "BRI") != 0) {
         return -1;
     }
@@ -227,7 +213,7 @@ int setIpMaskBridgeNetInterfaces(db_handle_t* connection, const char* interfaceN
     if (connection == NULL || interfaceName == NULL || ipAddressMask == NULL) {
         return -1;
     }
-    if (change(connection, "update NetInterfaces set ipAddressMask = '%s' WHERE interfaceName = '%s'",
+    if (run_format(connection, "update NetInterfaces set ipAddressMask = '%s' WHERE interfaceName = '%s'",
                ipAddressMask, interfaceName) != 0) {
         return -1;
     }
@@ -239,8 +225,8 @@ int unsetIpMaskNetInterfaces(db_handle_t* connection, const char* interfaceName)
     if (connection == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET ipAddressMask = '' WHERE interfaceName = '%s'",
-                  text(interfaceName));
+    return run_format(connection, "UPDATE NetInterfaces SET ipAddressMask = '' WHERE interfaceName = '%s'",
+                  text_or_null(interfaceName));
 }
 
 int checkIpmaskNetInterfaces(db_handle_t* connection, const char* interfaceName, const char* ipAddressMask) {
@@ -393,7 +379,7 @@ int changeModePhyNetInterfaces(db_handle_t* connection, const char* interfaceNam
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET interfaceName = '%s'", interfaceName);
+    return run_format(connection, "UPDATE NetInterfaces SET interfaceName = '%s'", interfaceName);
 }
 
 /* ---- Bridge membership ---- */
@@ -538,7 +524,7 @@ int updateBridgeModeNetInterfaces(db_handle_t* connection, const char* interface
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET status = %d WHERE interfaceName = '%s'", status,
+    return run_format(connection, "UPDATE NetInterfaces SET status = %d WHERE interfaceName = '%s'", status,
                   interfaceName);
 }
 
@@ -550,7 +536,7 @@ int updateBridgeModeNetInterfaces(db_handle_t* connection, const char* interface
         if (connection == NULL || interfaceName == NULL) {                                             \
             return -1;                                                                                 \
         }                                                                                              \
-        return change(connection, statement, service, interfaceName);                                 \
+        return run_format(connection, statement, service, interfaceName);                                 \
     }
 #define NETIF_ACCESS_SERVICE(service, statement)               \
     NETIF_ACCESS_SETTER(service, PhyInterface, statement)      \
@@ -571,7 +557,7 @@ int setAccessModeNetInterfaces(db_handle_t* connection, const char* service, int
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET %s = %d WHERE interfaceName = '%s'", text(service), mode,
+    return run_format(connection, "UPDATE NetInterfaces SET %s = %d WHERE interfaceName = '%s'", text_or_null(service), mode,
                   interfaceName);
 }
 
@@ -579,15 +565,15 @@ int setDhcpModeNetInterfaces(db_handle_t* connection, const char* interfaceName,
     if (connection == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET ipType = %d WHERE interfaceName = '%s'", ipType,
-                  text(interfaceName));
+    return run_format(connection, "UPDATE NetInterfaces SET ipType = %d WHERE interfaceName = '%s'", ipType,
+                  text_or_null(interfaceName));
 }
 
 int setAutonegPhyInterfaceNetInterfaces(db_handle_t* connection, const char* interfaceName, int confer) {
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET confer = %d WHERE interfaceName = '%s'", confer,
+    return run_format(connection, "UPDATE NetInterfaces SET confer = %d WHERE interfaceName = '%s'", confer,
                   interfaceName);
 }
 
@@ -595,7 +581,7 @@ int setSpeedPhyInterfaceNetInterfaces(db_handle_t* connection, const char* inter
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET speed = %d WHERE interfaceName = '%s'", speed,
+    return run_format(connection, "UPDATE NetInterfaces SET speed = %d WHERE interfaceName = '%s'", speed,
                   interfaceName);
 }
 
@@ -603,24 +589,24 @@ int setMtuPhyInterfaceNetInterfaces(db_handle_t* connection, const char* interfa
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET mtu = %d WHERE interfaceName = '%s'", mtu, interfaceName);
+    return run_format(connection, "UPDATE NetInterfaces SET mtu = %d WHERE interfaceName = '%s'", mtu, interfaceName);
 }
 
 int setMacInterfaceNetInterfaces(db_handle_t* connection, const char* interfaceName, const char* mac) {
-    return change(connection, "UPDATE NetInterfaces SET mac = '%s' WHERE interfaceName = '%s'", text(mac),
-                  text(interfaceName));
+    return run_format(connection, "UPDATE NetInterfaces SET mac = '%s' WHERE interfaceName = '%s'", text_or_null(mac),
+                  text_or_null(interfaceName));
 }
 
 int setLinkStatusNetInterfaces(db_handle_t* connection, const char* interfaceName, int status) {
-    return change(connection, "UPDATE NetInterfaces SET status = %d WHERE interfaceName like '%%%s%%'", status,
-                  text(interfaceName));
+    return run_format(connection, "UPDATE NetInterfaces SET status = %d WHERE interfaceName like '%%%s%%'", status,
+                  text_or_null(interfaceName));
 }
 
 int bindVlanTypeInterfaceNetInterfaces(db_handle_t* connection, const char* interfaceName, const char* vlanType) {
     if (connection == NULL || interfaceName == NULL || vlanType == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET vlanType = '%s' WHERE interfaceName = '%s'", vlanType,
+    return run_format(connection, "UPDATE NetInterfaces SET vlanType = '%s' WHERE interfaceName = '%s'", vlanType,
                   interfaceName);
 }
 
@@ -629,7 +615,7 @@ int setVlanNameInterfaceNetInterfaces(db_handle_t* connection, const char* inter
     if (connection == NULL || interfaceName == NULL || vlanEthInterfaceName == NULL) {
         return -1;
     }
-    return change(connection, "UPDATE NetInterfaces SET vlanEthInterfaceName  = '%s' WHERE interfaceName = '%s'",
+    return run_format(connection, "UPDATE NetInterfaces SET vlanEthInterfaceName  = '%s' WHERE interfaceName = '%s'",
                   vlanEthInterfaceName, interfaceName);
 }
 
@@ -717,7 +703,7 @@ int get_interface_connnection_status(db_handle_t* connection, const char* interf
     if (row == NULL) {
         return -1;
     }
-    UTIL_DB_LOG(7, "The interface connnection status is :%s\t\n", text(row[0]));
+    UTIL_DB_LOG(7, "The interface connnection status is :%s\t\n", text_or_null(row[0]));
     if (row[0] == NULL) {
         return -1;  // no stored status: unknown, not a link state
     }

@@ -50,8 +50,6 @@ int change_rules(db_handle_t* connection, char* name, Format format_rule) {
     return util_db::run(connection, sql.c_str());
 }
 
-/* A port text as the formatter shows a missing one. */
-const char* port_text(const char* port) { return port != NULL ? port : "(null)"; }
 
 }  // namespace
 
@@ -120,8 +118,8 @@ int setServerRules(db_handle_t* connection, char* name, int type, char* maxsrcpo
                    char* maxdstport, char* mindstport) {
     return change_rules(connection, name, [&](Statement& sql, int server_id) {
         sql.format("insert into ServerRules(serverId,type,maxsrcport,minsrcport,        maxdstport,mindstport) VALUES(%d, %d, '%s', '%s','%s','%s');",
-                   server_id, type, port_text(maxsrcport), port_text(minsrcport), port_text(maxdstport),
-                   port_text(mindstport));
+                   server_id, type, util_db::text_or_null(maxsrcport), util_db::text_or_null(minsrcport), util_db::text_or_null(maxdstport),
+                   util_db::text_or_null(mindstport));
     });
 }
 

@@ -7,32 +7,16 @@
  */
 #include "util-db-StrageMangement.h"
 
-#include <stdarg.h>
-
 #include "util-db-accessor.h"
 
 namespace {
-
-using util_db::Statement;
-
-/* Formats the statement and runs it. 0, or -1. */
-int run_formatted(db_handle_t* connection, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
-
-int run_formatted(db_handle_t* connection, const char* fmt, ...) {
-    Statement sql;
-    va_list ap;
-    va_start(ap, fmt);
-    vsnprintf(sql.data(), Statement::kSize, fmt, ap);
-    va_end(ap);
-    return util_db::run(connection, sql.c_str());
-}
 
 /* Switches a rule on (0) or off (1), keeping its data. */
 int set_rule_disabled(db_handle_t* connection, const char* strategyRuleName, int disabled) {
     if (strategyRuleName == NULL) {
         return -1;
     }
-    return run_formatted(connection, "update StrategyRules set disabled = %d where strategyRuleName = '%s';",
+    return util_db::run_format(connection, "update StrategyRules set disabled = %d where strategyRuleName = '%s';",
                          disabled, strategyRuleName);
 }
 
@@ -44,7 +28,7 @@ int setRemoteServiceStrategyRuleName(db_handle_t* connection, const char* strate
     if (strategyRuleName == NULL || ruleData == NULL) {
         return -1;
     }
-    return run_formatted(connection, "UPDATE StrategyRules set disabled = %d, ruleData  = '%s' where strategyRuleName = '%s';",
+    return util_db::run_format(connection, "UPDATE StrategyRules set disabled = %d, ruleData  = '%s' where strategyRuleName = '%s';",
                          0, ruleData, strategyRuleName);
 }
 

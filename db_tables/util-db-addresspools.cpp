@@ -52,7 +52,7 @@ int deleteAddressPoolsTableByName(db_handle_t* connection, char* name) {
     }
     Statement sql;
     /* name is not checked: a NULL one is spelt as the C library spells it. */
-    sql.format("delete from AddressPools where name = '%s'", name != NULL ? name : "(null)");
+    sql.format("delete from AddressPools where name = '%s'", util_db::text_or_null(name));
     return run_traced(connection, sql, UTIL_DB_HERE);
 }
 
