@@ -3,6 +3,7 @@
  * on standard error instead of going to syslog. */
 #include <stdarg.h>
 #include <stdio.h>
+#include <string.h>
 #include <syslog.h>
 
 static const char* demo_ident = "";
@@ -16,9 +17,13 @@ void openlog(const char* ident, int option, int facility) {
 void closelog(void) { demo_ident = ""; }
 
 void vsyslog(int priority, const char* fmt, va_list ap) {
-    fprintf(stderr, "  [%s %d] ", demo_ident, priority);
-    vfprintf(stderr, fmt, ap);
-    fputc('\n', stderr);
+    char text[4096];
+    vsnprintf(text, sizeof text, fmt, ap);
+    size_t len = strlen(text);
+    if (len > 0 && text[len - 1] == '\n') {
+        text[--len] = '\0';
+    }
+    fprintf(stderr, "  [%s %d] %s\n", demo_ident, priority, text);
 }
 
 void syslog(int priority, const char* fmt, ...) {
