@@ -21,6 +21,6 @@ if [ -z "${UTIL_DB_CMAKE_ARGS:-}" ]; then
   # The Debian packages install and a C program builds against them.
   "$root/tests/package-test.sh" "$root/build"
 fi
-cmake -S "$root" -B "$build" -G Ninja -DUTIL_DB_TESTING=ON -DCMAKE_BUILD_TYPE=Debug ${UTIL_DB_CMAKE_ARGS:-} >/dev/null
+cmake -S "$root" -B "$build" -G Ninja -DUTIL_DB_TESTING=ON -DCMAKE_BUILD_TYPE=Debug -DUTIL_DB_MODULES= "-DUTIL_DB_TEST_FILTER=.*" ${UTIL_DB_CMAKE_ARGS:-} >/dev/null
 cmake --build "$build" -j "$jobs"
 "$root/scripts/with-server.sh" ctest --test-dir "$build" --output-on-failure "$@"
