@@ -81,7 +81,7 @@ SQL
 }
 
 load_schema() {
-  cat "$root"/schema/*.sql | "$CLIENT" --no-defaults --socket="$sock" -uroot -p582914
+  "$CLIENT" --no-defaults --socket="$sock" -uroot -p582914 <"$root/schema/firewall.sql"
 }
 
 do_stop() {
