@@ -22,6 +22,7 @@ std::string g_ident;
 int g_option = 0;
 int g_facility = 0;
 int g_fail_fetch_at = 0;
+int g_fail_options_at = 0;
 thread_local bool t_own = false;  // the harness's own connection is not recorded
 
 std::vector<std::pair<int, unsigned int>> g_options;
@@ -107,6 +108,9 @@ extern "C" int mysql_options(MYSQL* mysql, enum mysql_option option, const void*
     static options_fn real = reinterpret_cast<options_fn>(dlsym(RTLD_NEXT, "mysql_options"));
     if (!t_own) {
         std::lock_guard<std::mutex> lock(g_mutex);
+        if (g_fail_options_at > 0 && --g_fail_options_at == 0) {
+            return 1;
+        }
         unsigned int value = 0;
         if (arg != nullptr) {
             memcpy(&value, arg, sizeof value);
@@ -192,6 +196,11 @@ void clear() {
     g_statements.clear();
     g_logs.clear();
     g_open = g_close = 0;
+}
+
+void fail_options_at(int n) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_fail_options_at = n;
 }
 
 void fail_fetch_at(int n) {

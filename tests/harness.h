@@ -42,8 +42,9 @@ int open_count();
 int close_count();
 void clear();
 
-// Makes the Nth mysql_fetch_row call from now return NULL (1 = the next).
+// Makes the Nth mysql_fetch_row (mysql_options) call from now fail (1 = the next).
 void fail_fetch_at(int n);
+void fail_options_at(int n);
 
 // The separate connection.
 void exec(const std::string& sql);

@@ -106,6 +106,22 @@ TEST_F(BlankHandleTest, InitReportsEachAllocationFailure) {
     EXPECT_NE(h.conn, nullptr);
 }
 
+TEST_F(BlankHandleTest, ConnectStepsReportTheirFailures) {
+    ASSERT_EQ(util_db_init(&h), &h);
+    db_fd_t* fd = static_cast<db_fd_t*>(h.conn);
+    clear();
+    EXPECT_EQ(_db_init(nullptr), nullptr);
+    EXPECT_EQ(_db_conn(nullptr, "127.0.0.1", "root", "582914", "firewall"), nullptr);
+    EXPECT_TRUE(logs().empty());
+    EXPECT_EQ(_db_conn(fd, "127.0.0.1", "root", nullptr, "firewall"), nullptr);
+    EXPECT_EQ(records(), (std::vector<std::string>{"7:Invalid param\n"}));
+    clear();
+    fail_options_at(1);
+    EXPECT_EQ(util_db_connect(&h), nullptr);
+    EXPECT_EQ(h.flag & 1u, 0u);
+    EXPECT_EQ(records(), (std::vector<std::string>{"3:Fail to set data base options!\n"}));
+}
+
 TEST_F(BlankHandleTest, ChkconnectOnANeverConnectedHandleDoesNotPing) {
     ASSERT_EQ(util_db_init(&h), &h);
     clear();
