@@ -94,7 +94,7 @@ struct Call {
 struct Param {
     std::string name;
     bool out = false;
-    explicit Param(const char* spec) : name(spec) {
+    explicit Param(const char* text) : name(text) {
         if (!name.empty() && name.back() == '!') {
             out = true;
             name.pop_back();
