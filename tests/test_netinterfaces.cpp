@@ -3,62 +3,52 @@
 #include <string.h>
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "harness.h"
 #include "util-db-NetInterfaces-internal.h"
 
 using namespace testbed;
 using Strings = std::vector<std::string>;
+using Ints = std::vector<int>;
 
 namespace {
 
 char* txt(const char* s) { return const_cast<char*>(s); }
 
-class NetInterfacesTest : public LibraryTest {
-protected:
-    void SetUp() override {
-        LibraryTest::SetUp();
-        truncate({"NetInterfaces"});
-        clear();
-    }
+using NetInterfacesTest = LibraryTest;  // each test empties the table
 
-    // A zeroed record named by pname (by the inline name when pname is null).
-    static _db_if_info record(const char* pname, int32_t type = DB_IF_NULL) {
-        _db_if_info r;
-        memset(&r, 0, sizeof r);
-        r.pname = txt(pname);
-        r.type = type;
-        return r;
+// A zeroed record named by pname (by the inline name when pname is null).
+_db_if_info record(const char* pname, int32_t type = DB_IF_NULL, const char* ipmask = nullptr,
+                   const char* pifname = nullptr) {
+    _db_if_info r{};
+    r.pname = txt(pname);
+    r.type = type;
+    r.ipmask = txt(ipmask);
+    r.pifname = txt(pifname);
+    return r;
+}
+
+// Rows given as "name:TYPE", all with the member list `list`.
+void add_rows(const Strings& rows, const std::string& list = "NULL") {
+    for (const std::string& r : rows) {
+        exec("insert into NetInterfaces (interfaceName, interfaceType, briInterfaceName) values ('" +
+             r.substr(0, r.rfind(':')) + "', '" + r.substr(r.rfind(':') + 1) + "', " + list + ")");
     }
-    static void add_row(const std::string& name, const std::string& type, const std::string& list = "NULL") {
-        exec("insert into NetInterfaces (interfaceName, interfaceType, briInterfaceName) values ('" + name + "', '" +
-             type + "', " + list + ")");
-    }
-    static Cell column(const std::string& col, const std::string& name) {
-        return value("select " + col + " from NetInterfaces where interfaceName = '" + name + "'");
-    }
-    long count_of(const Strings& v, const std::string& text) const { return std::count(v.begin(), v.end(), text); }
-};
+}
 
 }  // namespace
 
 // ---- Kinds and dispatch ----
 
-TEST_F(NetInterfacesTest, InsertDerivesTheKindFromTheNameAndWritesItBack) {
-    const struct { const char* name; int32_t kind; const char* stored; } cases[] = {
-        {"eth0:1", DB_IF_SUB, "SUB"}, {"eth0.100", DB_IF_VLAN, "VLAN"}, {"xeth9", DB_IF_PHY, "ETH"},
-        {"br-eth1", DB_IF_PHY, "ETH"}, {"agl0", DB_IF_PHY, "ETH"}, {"lan", DB_IF_BRIDGE, "BRI"}};
+TEST_F(NetInterfacesTest, DispatchersDeriveTheKindFromTheNameAndWriteItBack) {
+    truncate({"NetInterfaces"});
+    const struct { const char* name; int32_t kind; } cases[] = {{"eth0:1", DB_IF_SUB}, {"eth0.100", DB_IF_VLAN},
+        {"xeth9", DB_IF_PHY}, {"br-eth1", DB_IF_PHY}, {"agl0", DB_IF_PHY}, {"lan", DB_IF_BRIDGE}};
     for (const auto& c : cases) {
-        _db_if_info r = record(c.name);
+        _db_if_info r = record(c.name, DB_IF_NULL, "10.0.0.1/24", "eth0");
         r.vlanId = 100;
         r.subIndex = 1;
-        r.ipmask = txt("10.0.0.1/24");
-        r.pifname = txt("eth0");
-        EXPECT_EQ(db_if_insert(&h, &r), 0) << c.name;
-        EXPECT_EQ(r.type, c.kind) << c.name;
-        EXPECT_EQ(column("interfaceType", c.name), Cell(c.stored)) << c.name;
+        EXPECT_EQ((Ints{db_if_insert(&h, &r), r.type}), (Ints{0, c.kind})) << c.name;
     }
     EXPECT_EQ(sent(), (Strings{
         "insert into NetInterfaces (interfaceName, interfaceType, subIndex, ipAddressMask, subEthInterfaceName) "
@@ -68,224 +58,161 @@ TEST_F(NetInterfacesTest, InsertDerivesTheKindFromTheNameAndWritesItBack) {
         "insert into NetInterfaces (interfaceName,interfaceType) VALUES ('br-eth1','ETH')",
         "insert into NetInterfaces (interfaceName,interfaceType) VALUES ('agl0','ETH')",
         "insert into NetInterfaces (interfaceName, interfaceType) VALUES ('lan', 'BRI')"}));
-    EXPECT_EQ(count_of(texts(7), " Begin"), 7);  // the bridge insert traces too
-    EXPECT_EQ(count_of(texts(7), " End"), 7);
+    const Strings debug = texts(7);
+    const auto n = [&](const char* t) { return int(std::count(debug.begin(), debug.end(), t)); };
+    EXPECT_EQ((Ints{n(" Begin"), n(" End")}), (Ints{7, 7}));  // the bridge insert traces too
+    std::string file;  // debug records carry this module's source path
+    strip_site(logs().front().text, &file);
+    EXPECT_EQ(file, "db_tables/util-db-NetInterfaces.cpp");
+    for (const int type : {int(DB_IF_MAX), -1}) {  // a failed check ends without " End"
+        clear();
+        _db_if_info bad = record("eth5", type);
+        EXPECT_EQ((Ints{db_if_insert(&h, &bad), db_if_delete(&h, &bad)}), (Ints{-1, -1}));
+        EXPECT_EQ(records(), type < 0 ? (Strings{"7: Begin", "7: End"}) : (Strings{"7: Begin"}));
+        EXPECT_TRUE(sent().empty());
+    }
 
+    // Delete keeps ports; the address setter looks for "eth" first.
     clear();
-    _db_if_info bad = record("eth5", DB_IF_MAX);
-    EXPECT_EQ(db_if_insert(&h, &bad), -1);
-    EXPECT_EQ(db_if_delete(&h, &bad), -1);
-    EXPECT_EQ(records(), (Strings{"7: Begin"}));  // a failed check ends without " End"
-    clear();
-    bad.type = -1;
-    EXPECT_EQ(db_if_insert(&h, &bad), -1);
-    EXPECT_EQ(db_if_delete(&h, &bad), -1);
-    EXPECT_EQ(records(), (Strings{"7: Begin", "7: End"}));
-    EXPECT_TRUE(sent().empty());
-}
-
-TEST_F(NetInterfacesTest, DeleteKeepsPortsAndSetIpClassifiesInItsOwnOrder) {
-    _db_if_info port = record("eth1");
-    EXPECT_EQ(db_if_delete(&h, &port), 0);
-    EXPECT_EQ(port.type, DB_IF_PHY);
-    _db_if_info vlan = record("eth1.5");
-    EXPECT_EQ(db_if_delete(&h, &vlan), 0);
-    EXPECT_EQ(sent(), (Strings{"delete from NetInterfaces where interfaceName = 'eth1.5'"}));
-
-    add_row("eth0.100", "VLAN");
-    clear();
-    _db_if_info r = record("eth0.100", DB_IF_VLAN);
-    r.ipmask = txt("192.168.1.1/24");
-    EXPECT_EQ(db_if_set_ip(&h, &r), 0);
-    EXPECT_EQ(r.type, DB_IF_PHY);  // "eth" is looked for first here
-    EXPECT_EQ(column("ipAddressMask", "eth0.100"), Cell("192.168.1.1/24"));
-    _db_if_info bridge = record("lan", DB_IF_PHY);
-    bridge.ipmask = txt("10.1.1.1/16");
-    EXPECT_EQ(db_if_set_ip(&h, &bridge), 0);
-    EXPECT_EQ(bridge.type, DB_IF_BRIDGE);
-    EXPECT_EQ(db_if_unset_ip(&h, &r), 0);
-    EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET ipAddressMask = '192.168.1.1/24' WHERE interfaceName = "
+    _db_if_info port = record("eth1"), vlan = record("eth1.5"), r = record("eth0.100", DB_IF_VLAN, "192.168.1.1/24");
+    _db_if_info bridge = record("lan", DB_IF_PHY, "10.1.1.1/16");
+    EXPECT_EQ((Ints{db_if_delete(&h, &port), port.type, db_if_delete(&h, &vlan), db_if_set_ip(&h, &r), r.type,
+                    db_if_set_ip(&h, &bridge), bridge.type, db_if_unset_ip(&h, &r)}),
+              (Ints{0, DB_IF_PHY, 0, 0, DB_IF_PHY, 0, DB_IF_BRIDGE, 0}));
+    EXPECT_EQ(sent(), (Strings{"delete from NetInterfaces where interfaceName = 'eth1.5'",
+                               "UPDATE NetInterfaces SET ipAddressMask = '192.168.1.1/24' WHERE interfaceName = "
                                "'eth0.100'",
                                "update NetInterfaces set ipAddressMask = '10.1.1.1/16' WHERE interfaceName = 'lan'",
                                "UPDATE NetInterfaces SET ipAddressMask = '' WHERE interfaceName = 'eth0.100'"}));
-    EXPECT_EQ(column("ipAddressMask", "eth0.100"), Cell(""));
-
     clear();
     r.ipmask = nullptr;
     EXPECT_EQ(db_if_set_ip(&h, &r), -1);
     EXPECT_EQ(records(), (Strings{"7: Begin", "7:Ivalid param,ret:[-1]\n"}));
 }
 
-TEST_F(NetInterfacesTest, EffectiveNamePrefersPnameAndRefusesAnEmptyName) {
-    _db_if_info r = record(nullptr);
-    r.ipmask = txt("1.1.1.1/8");
-    r.pifname = txt("eth1");
+TEST_F(NetInterfacesTest, EffectiveNameLookupsAndWorkMode) {
+    truncate({"NetInterfaces"});
+    _db_if_info r = record(nullptr, DB_IF_NULL, "1.1.1.1/8", "eth1");
     r.access_ctrl = txt("ping");
-    EXPECT_EQ(db_if_set_ip(&h, &r), -1);
-    EXPECT_EQ(db_br_addif(&h, &r), -1);
-    EXPECT_EQ(get_Bridge_info_iface(&h, &r), -1);
-    EXPECT_EQ(db_if_set_access_enable(&h, &r), -1);
-    EXPECT_EQ(db_check_if_by_name(&h, &r), -1);
-    EXPECT_EQ(db_check_if_by_name(&h, nullptr), -1);
+    EXPECT_EQ((Ints{db_if_set_ip(&h, &r), db_br_addif(&h, &r), get_Bridge_info_iface(&h, &r),
+                    db_if_set_access_enable(&h, &r), db_check_if_by_name(&h, &r), db_check_if_by_name(&h, nullptr)}),
+              Ints(6, -1));
     EXPECT_TRUE(sent().empty());
     EXPECT_EQ(texts(3), (Strings{"Ivalid param\n", "Ivalid param\n"}));
-
-    clear();
     strcpy(r.name, "eth7");
-    EXPECT_EQ(db_if_mtu_update(&h, &r), 0);
-    r.pname = txt("eth8");
-    EXPECT_EQ(db_if_mtu_update(&h, &r), 0);
-    memset(r.name, 'x', sizeof r.name);  // no terminator: its 20 characters
-    r.pname = nullptr;
-    EXPECT_EQ(db_if_unset_ip(&h, &r), 0);
+    _db_if_info both = r, unterminated = r;
+    both.pname = txt("eth8");                                  // wins over the inline name
+    memset(unterminated.name, 'x', sizeof unterminated.name);  // no terminator: its 20 characters
+    EXPECT_EQ((Ints{db_if_mtu_update(&h, &r), db_if_mtu_update(&h, &both), db_if_unset_ip(&h, &unterminated)}),
+              Ints(3, 0));
     EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET mtu = 0 WHERE interfaceName = 'eth7'",
                                "UPDATE NetInterfaces SET mtu = 0 WHERE interfaceName = 'eth8'",
                                "UPDATE NetInterfaces SET ipAddressMask = '' WHERE interfaceName = '" +
                                    std::string(20, 'x') + "'"}));
-}
 
-TEST_F(NetInterfacesTest, LookupsCountRowsAndReadAFailedStatementAsNoMatch) {
-    add_row("eth1", "ETH");
-    add_row("eth1", "ETH");
+    add_rows({"eth0:ETH", "eth1:ETH", "eth1:ETH", "eth1.10:VLAN", "eth2x:SUB", "br0:BRI"});
     clear();
-    _db_if_info r = record("eth1");
-    EXPECT_EQ(db_check_if_by_name(&h, &r), 2);
-    EXPECT_EQ(sent(), (Strings{"SELECT interfaceName from NetInterfaces where interfaceName = 'eth1'"}));
+    _db_if_info eth1 = record("eth1", DB_IF_NULL, "10.0.0.1/24"), eth9 = record("eth9"), bad = record("it's");
+    // A failed statement reads as no match.
+    EXPECT_EQ((Ints{db_check_if_by_name(&h, &eth1), db_check_if_by_name(&h, &eth9), db_check_if_by_name(&h, &bad),
+                    db_if_check_ipmask(&h, &eth1)}),
+              (Ints{2, 0, 0, 0}));
+    EXPECT_EQ(sent().front(), "SELECT interfaceName from NetInterfaces where interfaceName = 'eth1'");
+    EXPECT_EQ(sent().back(), "SELECT ipAddressMask from NetInterfaces WHERE interfaceName = 'eth1' and "
+                             "ipAddressMask '10.0.0.1/24'");
     EXPECT_TRUE(logged(7, "db_check_if_by_name() return: 2"));
-    r.pname = txt("eth9");
-    EXPECT_EQ(db_check_if_by_name(&h, &r), 0);
-    r.pname = txt("it's");  // the statement cannot run
-    EXPECT_EQ(db_check_if_by_name(&h, &r), 0);
+    ASSERT_EQ(texts(3).size(), 2u);
+    EXPECT_EQ(texts(3)[1].rfind("Data base query faild: ", 0), 0u);
 
-    clear();
-    r.pname = txt("eth1");
-    r.ipmask = txt("10.0.0.1/24");
-    EXPECT_EQ(db_if_check_ipmask(&h, &r), 0);
-    EXPECT_EQ(sent(), (Strings{"SELECT ipAddressMask from NetInterfaces WHERE interfaceName = 'eth1' and "
-                               "ipAddressMask '10.0.0.1/24'"}));
-    ASSERT_EQ(texts(3).size(), 1u);
-    EXPECT_EQ(texts(3)[0].rfind("Data base query faild: ", 0), 0u);
-}
-
-TEST_F(NetInterfacesTest, WorkModeRenamesEveryRowAndDeleteAllKeepsPorts) {
-    for (const char* row : {"eth0:ETH", "eth1:ETH", "eth1.10:VLAN", "eth2x:SUB", "br0:BRI"}) {
-        const std::string s(row);
-        add_row(s.substr(0, s.find(':')), s.substr(s.find(':') + 1));
-    }
-    EXPECT_EQ(db_if_delete_all(&h), 0);
-    EXPECT_EQ(sent(), (Strings{"delete from NetInterfaces where interfaceType != 'ETH';"}));
-    EXPECT_EQ(rows("select interfaceName from NetInterfaces order by interfaceName"),
-              (std::vector<Row>{{Cell("eth0")}, {Cell("eth1")}}));
-    EXPECT_EQ(changeModePhyNetInterfaces(&h, "br0"), 0);
-    EXPECT_EQ(sent().back(), "UPDATE NetInterfaces SET interfaceName = 'br0'");
-    EXPECT_EQ(count("NetInterfaces", "interfaceName = 'br0'"), 2);
+    clear();  // deleting all keeps the ports
+    EXPECT_EQ((Ints{db_if_delete_all(&h), changeModePhyNetInterfaces(&h, "br0")}), (Ints{0, 0}));
+    EXPECT_EQ(sent(), (Strings{"delete from NetInterfaces where interfaceType != 'ETH';",
+                               "UPDATE NetInterfaces SET interfaceName = 'br0'"}));
+    EXPECT_EQ(count("NetInterfaces", "interfaceName = 'br0'"), 3);
 }
 
 // ---- Bridge membership ----
 
 TEST_F(NetInterfacesTest, MemberListAppendsAndRemovesStepByStep) {
-    add_row("br0", "BRI");
-    clear();
-    _db_if_info r = record("br0");
-    const auto add = [&](const char* m) { r.pifname = txt(m); return db_br_addif(&h, &r); };
-    const auto del = [&](const char* m) { r.pifname = txt(m); return db_br_delif(&h, &r); };
-    const auto list = [&] { return column("briInterfaceName", "br0"); };
-
-    EXPECT_EQ(add("eth1"), 0);
+    truncate({"NetInterfaces"});
+    add_rows({"br0:BRI"});
+    _db_if_info r = record("br0", DB_IF_NULL, nullptr, "eth1");
+    EXPECT_EQ(db_br_addif(&h, &r), 0);
     EXPECT_EQ(sent(), (Strings{"SELECT interfaceName from NetInterfaces WHERE interfaceName = 'br0'",
                                "SELECT briInterfaceName from NetInterfaces WHERE interfaceName = 'br0'",
                                "UPDATE NetInterfaces SET briInterfaceName = 'eth1' WHERE interfaceName = 'br0'"}));
-    const struct { bool append; const char* member; const char* stored; } steps[] = {
-        {true, "eth2", "eth1;eth2"}, {true, "eth3", "eth1;eth2;eth3"}, {true, "eth2", "eth1;eth2;eth3;eth2"},
-        {false, "eth3", "eth1;eth2;eth2"}, {false, "eth2", "eth1;eth2"}, {false, "eth2", "eth1"}};
+    // The list stored first (if any), add or remove, the member, the result, the statements sent (probe
+    // and read: no write), the list after.
+    const std::string long_list(1018, 'a');
+    const struct { std::string preset; bool append; const char* member; int ret; int sent; Cell stored; } steps[] = {
+        {"", true, "eth2", 0, 3, "eth1;eth2"}, {"", true, "eth3", 0, 3, "eth1;eth2;eth3"},
+        {"", true, "eth2", 0, 3, "eth1;eth2;eth3;eth2"}, {"", false, "eth3", 0, 3, "eth1;eth2;eth2"},
+        {"", false, "eth2", 0, 3, "eth1;eth2"}, {"", false, "eth2", 0, 3, "eth1"},
+        {"eth1;eth2;eth3", false, "eth1", 0, 3, ";eth2;eth3"}, {"", false, "eth2", 0, 3, ";eth3"},
+        {"", false, "eth3", 0, 3, ""}, {"", true, "eth4", 0, 3, ";eth4"},  // empty list: a leading separator
+        {"eth10;eth1", false, "eth1", 0, 3, ";eth1"},                       // the substring inside eth10 is hit first
+        {"eth2;eth3", false, "eth1", 0, 2, "eth2;eth3"},                    // not a member
+        {long_list, true, "eth10", -1, 2, long_list},  // 1023 characters fit; one more is refused
+        {"", true, "eth1", 0, 3, long_list + ";eth1"}};
     for (const auto& s : steps) {
-        EXPECT_EQ(s.append ? add(s.member) : del(s.member), 0) << s.stored;
-        EXPECT_EQ(list(), Cell(s.stored));
+        clear();
+        if (!s.preset.empty()) exec("update NetInterfaces set briInterfaceName = '" + s.preset + "'");
+        r.pifname = txt(s.member);
+        const int ret = s.append ? db_br_addif(&h, &r) : db_br_delif(&h, &r);
+        EXPECT_EQ((Ints{ret, int(sent().size())}), (Ints{s.ret, s.sent})) << s.preset << s.member;
+        EXPECT_EQ(value("select briInterfaceName from NetInterfaces"), s.stored);
     }
-    exec("update NetInterfaces set briInterfaceName = 'eth1;eth2;eth3' where interfaceName = 'br0'");
-    const char* const front[][2] = {{"eth1", ";eth2;eth3"}, {"eth2", ";eth3"}, {"eth3", ""}};
-    for (const auto& f : front) {
-        EXPECT_EQ(del(f[0]), 0);
-        EXPECT_EQ(list(), Cell(f[1])) << f[0];
-    }
-    EXPECT_EQ(add("eth4"), 0);  // an empty stored list gives a leading separator
-    EXPECT_EQ(list(), Cell(";eth4"));
-    exec("update NetInterfaces set briInterfaceName = 'eth10;eth1' where interfaceName = 'br0'");
-    EXPECT_EQ(del("eth1"), 0);  // the substring inside eth10 is hit first
-    EXPECT_EQ(list(), Cell(";eth1"));
-}
 
-TEST_F(NetInterfacesTest, MemberListEdgesLeaveTheStoredListAlone) {
-    add_row("br0", "BRI");
-    clear();
-    EXPECT_EQ(deleteInterfaceBridgeNetInterfaces(&h, "br0", "eth1"), 0);  // absent list
-    EXPECT_EQ(sent().size(), 2u);                                          // probe and read, no write
-    EXPECT_EQ(count("NetInterfaces", "briInterfaceName is null"), 1);
-    exec("update NetInterfaces set briInterfaceName = 'eth2;eth3' where interfaceName = 'br0'");
-    EXPECT_EQ(deleteInterfaceBridgeNetInterfaces(&h, "br0", "eth1"), 0);  // not a member
-    EXPECT_EQ(sent().size(), 4u);
-
-    // 1023 characters fit; one more is refused and nothing is written.
-    const std::string stored(1018, 'a');
-    exec("update NetInterfaces set briInterfaceName = '" + stored + "' where interfaceName = 'br0'");
-    clear();
-    EXPECT_EQ(addInterfaceBridgeNetInterfaces(&h, "br0", "eth10"), -1);
-    EXPECT_EQ(sent().size(), 2u);
-    EXPECT_EQ(addInterfaceBridgeNetInterfaces(&h, "br0", "eth1"), 0);
-    EXPECT_EQ(column("briInterfaceName", "br0"), Cell(stored + ";eth1"));
-
-    clear();
-    EXPECT_EQ(addInterfaceBridgeNetInterfaces(&h, "br9", "eth1"), 0);  // no such bridge: an empty write
-    EXPECT_EQ(sent().back(), "UPDATE NetInterfaces SET briInterfaceName = '' WHERE interfaceName = 'br9'");
+    // A failed fetch; an absent list (no write); no such bridge (an empty write); no member name (nothing sent).
+    exec("update NetInterfaces set briInterfaceName = NULL");
     clear();
     fail_fetch_at(1);
-    EXPECT_EQ(deleteInterfaceBridgeNetInterfaces(&h, "br0", "eth1"), -1);
+    r.pifname = nullptr;
+    EXPECT_EQ((Ints{deleteInterfaceBridgeNetInterfaces(&h, "br0", "eth1"),
+                    deleteInterfaceBridgeNetInterfaces(&h, "br0", "eth1"),
+                    addInterfaceBridgeNetInterfaces(&h, "br9", "eth1"), db_br_addif(&h, &r)}),
+              (Ints{-1, 0, 0, -1}));
     EXPECT_EQ(texts(3), (Strings{"mysql_fetch_row() exec error!"}));
-    _db_if_info r = record("br0");
-    EXPECT_EQ(db_br_addif(&h, &r), -1);  // no member name
-    EXPECT_EQ(sent().size(), 2u);
+    EXPECT_EQ(sent().size(), 7u);
+    EXPECT_EQ(sent().back(), "UPDATE NetInterfaces SET briInterfaceName = '' WHERE interfaceName = 'br9'");
 }
 
 TEST_F(NetInterfacesTest, MembershipQueryAnswersAndCopiesTheList) {
-    add_row("br0", "BRI", "'eth10'");
-    clear();
-    _db_if_info r = record("br0");
+    truncate({"NetInterfaces"});
+    add_rows({"br0:BRI"}, "'eth10'");
+    _db_if_info r = record("br0", DB_IF_NULL, nullptr, "eth2");
     strcpy(r.ifname_get, "untouched");
-    r.pifname = txt("eth2");
     EXPECT_EQ(get_Bridge_info_iface(&h, &r), 0);
     EXPECT_STREQ(r.ifname_get, "untouched");
     r.pifname = txt("eth1");
     EXPECT_EQ(get_Bridge_info_iface(&h, &r), 1);
     EXPECT_STREQ(r.ifname_get, "eth10");
     EXPECT_EQ(sent().back(), "SELECT interfaceName,briInterfaceName from NetInterfaces WHERE interfaceName = 'br0'");
-    EXPECT_TRUE(texts(3).empty());
 
-    r.pname = txt("br7");
-    EXPECT_EQ(get_Bridge_info_iface(&h, &r), -1);
-    EXPECT_EQ(texts(3), (Strings{"mysql_fetch_row() exec error!"}));
-    add_row("br7", "BRI", "'eth1'");
-    add_row("br7", "BRI", "'eth1'");
-    clear();
-    EXPECT_EQ(get_Bridge_info_iface(&h, &r), -1);
-    EXPECT_EQ(texts(3), (Strings{"mysql_num_rows(), data is empty or error!"}));
+    r.pname = txt("br7");  // no row, then two rows
+    const int none = get_Bridge_info_iface(&h, &r);
+    add_rows({"br7:BRI", "br7:BRI"}, "'eth1'");
+    EXPECT_EQ((Ints{none, get_Bridge_info_iface(&h, &r)}), (Ints{-1, -1}));
+    EXPECT_EQ(texts(3), (Strings{"mysql_fetch_row() exec error!", "mysql_num_rows(), data is empty or error!"}));
 
     // A list of exactly 1024 characters fills the field without a terminator.
     const std::string full = "eth1;" + std::string(1019, 'z');
-    add_row("br8", "BRI", "'" + full + "'");
+    add_rows({"br8:BRI"}, "'" + full + "'");
     r.pname = txt("br8");
     EXPECT_EQ(get_Bridge_info_iface(&h, &r), 1);
     EXPECT_EQ(std::string(r.ifname_get, sizeof r.ifname_get), full);
 
     clear();
-    EXPECT_EQ(updateBridgeModeNetInterfaces(&h, "br8", 1), 0);
-    EXPECT_EQ(updateBridgeModeNetInterfaces(&h, nullptr, 1), -1);
+    EXPECT_EQ((Ints{updateBridgeModeNetInterfaces(&h, "br8", 1), updateBridgeModeNetInterfaces(&h, nullptr, 1)}),
+              (Ints{0, -1}));
     EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET status = 1 WHERE interfaceName = 'br8'"}));
-    EXPECT_EQ(column("status", "br8"), Cell("1"));
 }
 
-// ---- Attributes and access services ----
+// ---- Attributes, access services and link status ----
 
-TEST_F(NetInterfacesTest, AccessServicesWriteTheirColumn) {
+TEST_F(NetInterfacesTest, AttributesAccessServicesAndStatusUseTheirColumns) {
+    truncate({"NetInterfaces"});
+    add_rows({"eth1:ETH", "eth10:ETH", "eth1.100:ETH", "eth2:ETH"});
     using Setter = int (*)(db_handle_t*, int, const char*);
     const struct { const char* column; Setter setters[4]; } services[] = {
         {"https", {sethttpsPhyInterfaceNetInterfaces, sethttpsVlanInterfaceNetInterfaces,
@@ -294,94 +221,56 @@ TEST_F(NetInterfacesTest, AccessServicesWriteTheirColumn) {
                   setsnmpSubInterfaceNetInterfaces, setsnmpBridgeNetInterfaces}},
         {"ping", {setpingPhyInterfaceNetInterfaces, setpingVlanInterfaceNetInterfaces,
                   setpingSubInterfaceNetInterfaces, setpingBridgeNetInterfaces}}};
-    add_row("eth2", "ETH");
     for (const auto& s : services) {
         for (int k = 0; k < 4; ++k) {
-            clear();
-            EXPECT_EQ(s.setters[k](&h, k + 1, "eth2"), 0) << s.column << k;
-            EXPECT_EQ(s.setters[k](&h, 1, nullptr), -1);
-            EXPECT_EQ(sent(), (Strings{std::string("UPDATE NetInterfaces SET ") + s.column + " = " +
-                                       std::to_string(k + 1) + " WHERE interfaceName = 'eth2'"}));
-            EXPECT_EQ(column(s.column, "eth2"), Cell(std::to_string(k + 1)));
+            EXPECT_EQ((Ints{s.setters[k](&h, k + 1, "eth2"), s.setters[k](&h, 1, nullptr)}), (Ints{0, -1}))
+                << s.column << k;
+            EXPECT_EQ(sent().back(), std::string("UPDATE NetInterfaces SET ") + s.column + " = " +
+                                         std::to_string(k + 1) + " WHERE interfaceName = 'eth2'");
         }
     }
-    clear();
-    _db_if_info r = record("eth2");
-    r.access_ctrl = txt("snmp");
-    EXPECT_EQ(db_if_set_access_enable(&h, &r), 0);
-    EXPECT_EQ(db_if_set_access_disable(&h, &r), 0);
-    r.access_ctrl = nullptr;
-    EXPECT_EQ(db_if_set_access_enable(&h, &r), -1);
-    EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET snmp = 1 WHERE interfaceName = 'eth2'",
-                               "UPDATE NetInterfaces SET snmp = 0 WHERE interfaceName = 'eth2'"}));
-}
+    EXPECT_EQ(sent().size(), 12u);
 
-TEST_F(NetInterfacesTest, RecordEntryPointsWriteTheirColumns) {
-    for (const char* name : {"eth1", "eth10", "eth1.100", "eth2"}) {
-        add_row(name, "ETH");
-    }
     clear();
-    _db_if_info r = record("eth1");
+    _db_if_info a = record("eth2"), no_service = record("eth2"), r = record("eth1");
+    _db_if_info address = record("eth1", DB_IF_NULL, "172.16.0.1/12");  // the address, not the status
+    a.access_ctrl = txt("snmp");
     r.confer = 1;
     EXPECT_EQ(db_if_negmode_update(&h, &r), 0);  // speed 0: confer alone
     r.speed = 1000;
-    EXPECT_EQ(db_if_negmode_update(&h, &r), 0);
     r.dhcp_mode = 2;
-    EXPECT_EQ(db_if_set_dhcpmode(&h, &r), 0);
     r.mac = txt("00:0c:29:aa:bb:cc");
-    EXPECT_EQ(db_if_mac_update(&h, &r), 0);
+    r.status = 1;
+    EXPECT_EQ((Ints{db_if_negmode_update(&h, &r), db_if_set_dhcpmode(&h, &r), db_if_mac_update(&h, &r),
+                    db_if_refresh(&h, &r), db_if_stat_update(&h, &address), db_if_set_access_enable(&h, &a),
+                    db_if_set_access_disable(&h, &a), db_if_set_access_enable(&h, &no_service),
+                    setVlanNameInterfaceNetInterfaces(&h, "eth1.100", "eth1"),
+                    setVlanNameInterfaceNetInterfaces(&h, "eth1.100", nullptr)}),
+              (Ints{0, 0, 0, 0, 0, 0, 0, -1, 0, -1}));
     EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET confer = 1 WHERE interfaceName = 'eth1'",
                                "UPDATE NetInterfaces SET confer = 1 WHERE interfaceName = 'eth1'",
                                "UPDATE NetInterfaces SET speed = 1000 WHERE interfaceName = 'eth1'",
                                "UPDATE NetInterfaces SET ipType = 2 WHERE interfaceName = 'eth1'",
-                               "UPDATE NetInterfaces SET mac = '00:0c:29:aa:bb:cc' WHERE interfaceName = 'eth1'"}));
-    EXPECT_EQ(column("concat_ws(',', confer, speed, ipType, mac)", "eth1"), Cell("1,1000,2,00:0c:29:aa:bb:cc"));
+                               "UPDATE NetInterfaces SET mac = '00:0c:29:aa:bb:cc' WHERE interfaceName = 'eth1'",
+                               "UPDATE NetInterfaces SET status = 1 WHERE interfaceName like '%eth1%'",
+                               "UPDATE NetInterfaces SET ipAddressMask = '172.16.0.1/12' WHERE interfaceName = 'eth1'",
+                               "UPDATE NetInterfaces SET snmp = 1 WHERE interfaceName = 'eth2'",
+                               "UPDATE NetInterfaces SET snmp = 0 WHERE interfaceName = 'eth2'",
+                               "UPDATE NetInterfaces SET vlanEthInterfaceName  = 'eth1' WHERE interfaceName = "
+                               "'eth1.100'"}));
+    EXPECT_EQ(count("NetInterfaces", "status = 1"), 3);  // eth1, eth10, eth1.100
     clear();
     r.pname = txt("eth'1");  // confer fails: speed is not sent
     EXPECT_EQ(db_if_negmode_update(&h, &r), -1);
     EXPECT_EQ(sent().size(), 1u);
 
-    clear();
-    r.pname = txt("eth1");
-    r.status = 1;
-    EXPECT_EQ(db_if_refresh(&h, &r), 0);
-    EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET status = 1 WHERE interfaceName like '%eth1%'"}));
-    EXPECT_EQ(count("NetInterfaces", "status = 1"), 3);  // eth1, eth10, eth1.100
-    clear();
-    r.ipmask = txt("172.16.0.1/12");
-    r.status = 0;
-    EXPECT_EQ(db_if_stat_update(&h, &r), 0);  // the address, not the status
-    EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET ipAddressMask = '172.16.0.1/12' WHERE interfaceName = 'eth1'"}));
-    EXPECT_EQ(count("NetInterfaces", "status = 1"), 3);
-
-    clear();
-    EXPECT_EQ(setVlanNameInterfaceNetInterfaces(&h, "eth1.100", "eth1"), 0);
-    EXPECT_EQ(setVlanNameInterfaceNetInterfaces(&h, "eth1.100", nullptr), -1);
-    EXPECT_EQ(sent(), (Strings{"UPDATE NetInterfaces SET vlanEthInterfaceName  = 'eth1' WHERE interfaceName = "
-                               "'eth1.100'"}));
-}
-
-TEST_F(NetInterfacesTest, ConnectionStatusReadsTheStoredValue) {
-    add_row("eth1", "ETH");
-    exec("update NetInterfaces set status = 1 where interfaceName = 'eth1'");
-    add_row("eth3", "ETH");  // status absent
-    clear();
-    EXPECT_EQ(get_interface_connnection_status(&h, "eth1"), 1);
-    EXPECT_EQ(sent(), (Strings{"SELECT status from NetInterfaces where interfaceName = 'eth1'"}));
-    EXPECT_TRUE(logged(7, "The interface connnection status is :1\t\n"));
-    EXPECT_EQ(get_interface_connnection_status(&h, "eth3"), -1);
-    EXPECT_TRUE(texts(3).empty());
-    EXPECT_EQ(get_interface_connnection_status(&h, "eth9"), -1);
-    EXPECT_EQ(texts(3), (Strings{"mysql_num_rows(), data is empty or error!"}));
+    // The stored status: a failed fetch, 1 for eth1, absent for eth2 (no error), no row for eth9.
     clear();
     fail_fetch_at(1);
-    EXPECT_EQ(get_interface_connnection_status(&h, "eth1"), -1);
-    EXPECT_EQ(texts(3), (Strings{"mysql_fetch_row() exec error!"}));
-
-    clear();  // debug records carry this module's source path
-    _db_if_info r = record("br1");
-    EXPECT_EQ(db_if_insert(&h, &r), 0);
-    std::string file;
-    strip_site(logs().front().text, &file);
-    EXPECT_EQ(file, "db_tables/util-db-NetInterfaces.cpp");
+    EXPECT_EQ((Ints{get_interface_connnection_status(&h, "eth1"), get_interface_connnection_status(&h, "eth1"),
+                    get_interface_connnection_status(&h, "eth2"), get_interface_connnection_status(&h, "eth9")}),
+              (Ints{-1, 1, -1, -1}));
+    EXPECT_EQ(sent().front(), "SELECT status from NetInterfaces where interfaceName = 'eth1'");
+    EXPECT_TRUE(logged(7, "The interface connnection status is :1\t\n"));
+    EXPECT_EQ(texts(3), (Strings{"mysql_fetch_row() exec error!", "mysql_num_rows(), data is empty or error!"}));
 }
