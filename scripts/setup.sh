@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build, the tests and the demo need, when
-# any is missing (as root, or through sudo).
+# Installs the Debian packages the build, the tests (with the fuzzing smoke
+# run), the demo, coverage and benchmarks need, when any is missing (as root,
+# or through sudo).
 set -euo pipefail
 packages=(build-essential g++ cmake ninja-build pkg-config binutils file dpkg-dev
-          libgtest-dev mariadb-server mariadb-client libmariadb-dev libmariadb-dev-compat)
+          libgtest-dev mariadb-server mariadb-client libmariadb-dev libmariadb-dev-compat
+          clang libclang-rt-14-dev gcovr valgrind)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
