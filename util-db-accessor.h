@@ -56,6 +56,18 @@ public:
 
     int vappend(const char* fmt, va_list ap) __attribute__((format(printf, 2, 0))) { return put(fmt, ap); }
 
+    /* A constant piece, with append's cut and cursor rules, without the formatter. */
+    void text(const char* piece) {
+        const size_t n = strlen(piece);
+        if (cursor_ < cap_) {
+            const size_t room = cap_ - cursor_ - 1;
+            const size_t copied = n < room ? n : room;
+            memcpy(buf_ + cursor_, piece, copied);
+            buf_[cursor_ + copied] = '\0';
+            cursor_ += n;
+        }
+    }
+
     size_t cursor() const { return cursor_; }
     bool cut() const { return cursor_ >= cap_; }
 
@@ -76,13 +88,15 @@ private:
     size_t cursor_;
 };
 
-/* A zeroed statement buffer of N bytes (1024 for every table function). */
+/* A statement buffer of N bytes (1024 for every table function). */
 template <size_t N>
 class BasicStatement {
 public:
     static constexpr size_t kSize = N;
 
-    BasicStatement() : out_(buf_, N) { memset(buf_, 0, N); }
+    /* An empty statement. Only the terminator is written: every piece keeps
+     * the text terminated, and nothing past it is ever read or sent. */
+    BasicStatement() : out_(buf_, N) { buf_[0] = '\0'; }
     BasicStatement(const BasicStatement&) = delete;
     BasicStatement& operator=(const BasicStatement&) = delete;
 
@@ -106,9 +120,12 @@ public:
     }
 
     void clear() {
-        memset(buf_, 0, N);
+        buf_[0] = '\0';
         out_ = Appender(buf_, N);
     }
+
+    /* A constant piece: as append("%s", text), without the formatter. */
+    void text(const char* piece) { out_.text(piece); }
 
     const char* c_str() const { return buf_; }
     char* data() { return buf_; }

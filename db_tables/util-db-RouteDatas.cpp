@@ -82,23 +82,23 @@ int insertRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
      * interface column says "any". */
     const bool by_gateway = gateWayNextJump != NULL && outInterfaceName == NULL;
     Statement sql;
-    sql.append("insert into RouteDatas (destIpMask");
+    sql.text("insert into RouteDatas (destIpMask");
     if (by_gateway) {
-        sql.append(",gateWayNextJump");
-        sql.append(",outInterfaceName");
+        sql.text(",gateWayNextJump");
+        sql.text(",outInterfaceName");
     } else {
-        sql.append(",outInterfaceName");
+        sql.text(",outInterfaceName");
     }
     if (distance != 0) {
-        sql.append(",manageScope");
+        sql.text(",manageScope");
     }
     if (priority != 0) {
-        sql.append(",priority");
+        sql.text(",priority");
     }
     sql.append(") VALUES('%s'", destIpMask);
     if (by_gateway) {
         sql.append(",'%s'", gateWayNextJump);
-        sql.append(",'any'");
+        sql.text(",'any'");
     } else {
         sql.append(",'%s'", outInterfaceName);
     }
@@ -108,7 +108,7 @@ int insertRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
     if (priority != 0) {
         sql.append(",'%d'", priority);
     }
-    sql.append(");");
+    sql.text(");");
     return util_db::run(connection, sql.c_str());
 }
 
@@ -135,11 +135,11 @@ int deleteRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
     }
     if (outInterfaceName != NULL) {
         if (gateWayNextJump != NULL) {
-            sql.append(" or ");
+            sql.text(" or ");
         }
         sql.append("outInterfaceName = '%s'", outInterfaceName);
     }
-    sql.append(")");
+    sql.text(")");
     return util_db::run(connection, sql.c_str());
 }
 

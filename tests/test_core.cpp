@@ -417,6 +417,11 @@ TEST(Toolkit, StatementFormatsAndAppendsWithSnprintfSemantics) {
     EXPECT_EQ(edge.cursor(), 1030u);
     EXPECT_EQ(std::string(edge.c_str()), std::string(1000, 'a') + std::string(23, 'b'));
     EXPECT_EQ(edge.append("c"), 0);
+    util_db::Statement constant;  // a constant piece follows the same cut and cursor rules
+    constant.format("%s", std::string(1000, 'a').c_str());
+    constant.text(std::string(30, 'b').c_str());
+    EXPECT_EQ(constant.cursor(), 1030u);
+    EXPECT_STREQ(constant.c_str(), edge.c_str());
 
     char small[8];
     util_db::Appender out(small, sizeof small);
