@@ -10,10 +10,12 @@ build=${UTIL_DB_BUILD:-$root/build}
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" -j "$(nproc)" >/dev/null
 run() {
+  local before
+  before=$(wc -l <"$UTIL_DB_SERVER_DIR/general.log")
   "$build/util-db-demo"
   if [ -n "${UTIL_DB_DEMO_TRACE:-}" ]; then
-    echo "== SQL sent by the library"
-    grep -E '\sQuery\s' "$UTIL_DB_SERVER_DIR/general.log" | sed 's/^.*Query[[:space:]]*//'
+    echo "== SQL sent by the library (from the server's general log)"
+    tail -n +"$((before + 1))" "$UTIL_DB_SERVER_DIR/general.log" | grep -E '\sQuery\s' | sed 's/^.*Query[[:space:]]*//'
   fi
 }
 export -f run; export build
