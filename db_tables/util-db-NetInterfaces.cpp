@@ -117,16 +117,17 @@ int write_member_list(db_handle_t* connection, const char* bridge, const char* l
 
 /*
  * The first two steps of a list change: the existence probe (its rows are
- * not looked at) and the list read. False when either statement fails;
+ * not looked at) and the list read, formatted like the list write into the
+ * larger statement buffer. False when either statement fails;
  * otherwise `res` holds the list read.
  */
 bool read_member_list(db_handle_t* connection, const char* bridge, Result& res) {
-    util_db::Statement probe;
+    ListStatement probe;
     probe.format("SELECT interfaceName from NetInterfaces WHERE interfaceName = '%s'", bridge);
     if (!util_db::store(connection, probe.c_str())) {
         return false;
     }
-    util_db::Statement read;
+    ListStatement read;
     read.format("SELECT briInterfaceName from NetInterfaces WHERE interfaceName = '%s'", bridge);
     res = util_db::store(connection, read.c_str());
     return true;

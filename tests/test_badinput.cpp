@@ -252,7 +252,7 @@ protected:
         size_t times = 1, pad = 2000, tail = 0;  // not carried: any long value
         if (carried) {
             times = replace_all(ordinary[at], probe, probe + "x").size() - ordinary[at].size();
-            pad = (kStatementMax - ordinary[at].size()) / times;
+            pad = (c.max - ordinary[at].size()) / times;
             tail = ordinary[at].size() - ordinary[at].rfind(probe) - probe.size();  // characters after the value
         }
         // Filling; one character too long; cut inside the value itself.
@@ -265,8 +265,8 @@ protected:
             if (!carried) continue;
             ASSERT_GT(stmts.size(), at);
             const std::string full = replace_all(ordinary[at], probe, value);
-            EXPECT_EQ(stmts[at], full.substr(0, kStatementMax));  // filling: all of it
-            if (extra == 0 && times == 1) { EXPECT_EQ(stmts[at].size(), kStatementMax); }
+            EXPECT_EQ(stmts[at], full.substr(0, c.max));  // filling: all of it
+            if (extra == 0 && times == 1) { EXPECT_EQ(stmts[at].size(), c.max); }
             if (extra == tail + 1) { EXPECT_EQ(r, c.cut); }  // the value's closing quote is gone
         }
     }
