@@ -29,7 +29,7 @@ int main(void) {
     printf("== Services, routes, policies\n");
     failures += demo_services(&handle);
     printf("== Applications and inspection\n");
-    failures += demo_inspection(&handle);
+    failures += demo_applications(&handle);
     printf("== Device settings\n");
     failures += demo_device(&handle);
     /* The library's log, shown on the terminal: one statement traced and a

@@ -9,7 +9,7 @@
 int demo_interfaces(db_handle_t* h);
 int demo_zones(db_handle_t* h);
 int demo_services(db_handle_t* h);
-int demo_inspection(db_handle_t* h);
+int demo_applications(db_handle_t* h);
 int demo_device(db_handle_t* h);
 
 /* Prints "  ok    what" or "  FAIL  what" and returns 1 on failure. */

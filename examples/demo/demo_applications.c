@@ -133,7 +133,7 @@ static int protection(db_handle_t* h) {
     return failures;
 }
 
-int demo_inspection(db_handle_t* h) {
+int demo_applications(db_handle_t* h) {
     int failures = seed(h);
     failures += applications(h);
     failures += sessions_and_whitelists(h);
