@@ -6,7 +6,7 @@
 # non-zero.
 #   scripts/test.sh [ctest arguments...]
 # UTIL_DB_TEST_BUILD picks the test build folder; UTIL_DB_CMAKE_ARGS adds
-# configure options (e.g. "-DUTIL_DB_MODULES=Apps -DUTIL_DB_TEST_FILTER=inspection").
+# configure options (e.g. "-DUTIL_DB_MODULES=Apps -DUTIL_DB_TEST_FILTER=applications").
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 "$root/scripts/setup.sh"
