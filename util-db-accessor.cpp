@@ -44,8 +44,8 @@ int lookup_int(db_handle_t* handle, const char* sql, const RowMessages& msgs) {
 char* lookup_string(db_handle_t* handle, const char* sql, char* out, const RowMessages& msgs, Need need) {
     Result res;
     MYSQL_ROW row = first_row(handle, sql, res, msgs, need);
-    if (row == NULL) {
-        return NULL;
+    if (row == NULL || row[0] == NULL || out == NULL) {
+        return NULL; /* an SQL NULL or no buffer: nothing to copy into */
     }
     strcpy(out, row[0]);
     return out;

@@ -240,7 +240,8 @@ MYSQL_ROW first_row(db_handle_t* handle, const char* sql, Result& res, const Row
 int lookup_int(db_handle_t* handle, const char* sql, const RowMessages& msgs = kRowMessages);
 
 /* Copies the first cell of the first row into out, whole and without a bound;
- * returns out, or NULL leaving out untouched. */
+ * returns out, or NULL leaving out untouched (first_row's failures, and
+ * without a message an SQL NULL cell or a NULL out). */
 char* lookup_string(db_handle_t* handle, const char* sql, char* out, const RowMessages& msgs,
                     Need need = Need::Row);
 

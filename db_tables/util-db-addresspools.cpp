@@ -31,19 +31,6 @@ MYSQL_ROW lookup(db_handle_t* connection, const Statement& sql, Result& res) {
     return util_db::first_row(connection, sql.c_str(), res, kLookupMessages, Need::Value);
 }
 
-/* Copies the looked-up value into ret_str whole (no bound). */
-char* lookup_copy(db_handle_t* connection, const Statement& sql, char* ret_str) {
-    Result res;
-    MYSQL_ROW row = lookup(connection, sql, res);
-    if (row == NULL) {
-        return NULL;
-    }
-    if (ret_str != NULL) {
-        strcpy(ret_str, row[0]);
-    }
-    return ret_str;
-}
-
 }  // namespace
 
 int deleteAddressPoolsTableByName(db_handle_t* connection, char* name) {
@@ -124,7 +111,7 @@ char* select_interface_by_name_AddPools(db_handle_t* connection, char* name, cha
     }
     Statement sql;
     sql.format("select interfaceName from AddressPools where name= '%s';", name);
-    return lookup_copy(connection, sql, ret_str);
+    return util_db::lookup_string(connection, sql.c_str(), ret_str, kLookupMessages, Need::Value);
 }
 
 char* select_ipAddress_by_name_ipAdd(db_handle_t* connection, char* name, char* ret_str) {
@@ -133,7 +120,7 @@ char* select_ipAddress_by_name_ipAdd(db_handle_t* connection, char* name, char* 
     }
     Statement sql;
     sql.format("select ipAddress from AddressPools where name= '%s';", name);
-    return lookup_copy(connection, sql, ret_str);
+    return util_db::lookup_string(connection, sql.c_str(), ret_str, kLookupMessages, Need::Value);
 }
 
 int get_address_type_by_name(db_handle_t* connection, char* name) {
