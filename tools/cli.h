@@ -8,8 +8,9 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <map>
+#include <algorithm>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -20,56 +21,20 @@
 
 namespace cli {
 
-// ---- A small output model, printed as text or as JSON ----
+// Results and outputs keep the order in which they were added.
+using Value = nlohmann::ordered_json;
 
-struct Value {
-    enum Kind { Null, Int, Str, Object, Array } kind = Null;
-    long long i = 0;
-    std::string s;
-    std::vector<std::pair<std::string, Value>> fields;  // Object
-    std::vector<Value> items;                           // Array
+// A caller buffer is never smaller than this: the longest text a single cell
+// of the reference schema can hold (TEXT), with its terminator.
+constexpr size_t kMinBuffer = 65536;
 
-    static Value null() { return Value(); }
-    static Value integer(long long v) {
-        Value x;
-        x.kind = Int;
-        x.i = v;
-        return x;
-    }
-    static Value string(const char* v) {
-        if (v == nullptr) {
-            return null();
-        }
-        Value x;
-        x.kind = Str;
-        x.s = v;
-        return x;
-    }
-    // A fixed character field: up to `size` characters, terminated or not.
-    static Value chars(const char* v, size_t size) {
-        Value x;
-        x.kind = Str;
-        x.s.assign(v, strnlen(v, size));
-        return x;
-    }
-    static Value object() {
-        Value x;
-        x.kind = Object;
-        return x;
-    }
-    static Value array() {
-        Value x;
-        x.kind = Array;
-        return x;
-    }
-    Value& add(const std::string& key, Value v) {
-        fields.emplace_back(key, std::move(v));
-        return *this;
-    }
-};
+// A decimal integer within [lo, hi]: optional '-', then digits only.
+bool parse_decimal(const std::string& text, long long lo, long long hi, long long* value);
+bool parse_int(const std::string& text, int* value);
 
-std::string to_json(const Value& v);
-std::string to_text(const Value& v, int indent = 0);
+// The number of rows of one table, through the tool's connection (sizing
+// caller arrays); -1 when it cannot be read.
+long long count_rows(db_handle_t* handle, const char* table);
 
 // ---- One call: its arguments and what it produced ----
 
@@ -80,6 +45,8 @@ struct Call {
     std::string error;              // a bad argument: the message
     Value outputs = Value::object();
     long long result_int = 0;       // the int result, for array outputs
+    bool failed = false;            // the result is the function's failure value
+    size_t last_buffer = 0;         // size named for the latest caller buffer
 
     bool fail(const std::string& message) {
         if (error.empty()) {
@@ -87,22 +54,30 @@ struct Call {
         }
         return false;
     }
+    const std::string* take(const std::string& name) {
+        if (next >= args.size()) {
+            fail("missing argument '" + name + "'");
+            return nullptr;
+        }
+        return &args[next++];
+    }
 };
 
-// A parameter as the table names it. Roles: "name" is an input, "name!" a
-// caller buffer the function fills (given as its size, or "-" for 4096 bytes).
+// A parameter as the table names it: "name" is an input, "name!" a caller
+// buffer the function fills (given as its size, or "-"), "name<" the length
+// bound of the buffer before it (at most that buffer's size).
 struct Param {
     std::string name;
     bool out = false;
+    bool bound = false;
     explicit Param(const char* text) : name(text) {
-        if (!name.empty() && name.back() == '!') {
-            out = true;
+        if (!name.empty() && (name.back() == '!' || name.back() == '<')) {
+            out = name.back() == '!';
+            bound = name.back() == '<';
             name.pop_back();
         }
     }
 };
-
-bool parse_int(const std::string& text, int* value);
 
 // ---- Records: their fields, by name ----
 
@@ -121,15 +96,18 @@ Value record_value(const T& rec) {
     Value v = Value::object();
     const char* base = reinterpret_cast<const char*>(&rec);
     for (const Field& f : Record<T>::fields()) {
+        const char* at = base + f.offset;
         switch (f.kind) {
             case Field::Int:
-                v.add(f.name, Value::integer(*reinterpret_cast<const int*>(base + f.offset)));
+                v[f.name] = *reinterpret_cast<const int*>(at);
                 break;
-            case Field::Str:
-                v.add(f.name, Value::string(*reinterpret_cast<char* const*>(base + f.offset)));
+            case Field::Str: {
+                const char* s = *reinterpret_cast<char* const*>(at);
+                v[f.name] = s ? Value(s) : Value(nullptr);
                 break;
+            }
             case Field::Chars:
-                v.add(f.name, Value::chars(base + f.offset, f.size));
+                v[f.name] = std::string(at, strnlen(at, f.size));
                 break;
         }
     }
@@ -149,35 +127,36 @@ bool record_parse(T* rec, Call& call, std::vector<std::unique_ptr<std::string>>&
         }
         const std::string key = a.substr(0, eq);
         const std::string val = a.substr(eq + 1);
-        const Field* found = nullptr;
-        for (const Field& f : Record<T>::fields()) {
-            if (key == f.name) {
-                found = &f;
-            }
-        }
-        if (found == nullptr) {
+        const auto& fields = Record<T>::fields();
+        const auto found = std::find_if(fields.begin(), fields.end(), [&](const Field& f) { return key == f.name; });
+        if (found == fields.end()) {
             std::string names;
-            for (const Field& f : Record<T>::fields()) {
+            for (const Field& f : fields) {
                 names += std::string(names.empty() ? "" : ", ") + f.name;
             }
             return call.fail("unknown field '" + key + "' (fields: " + names + ")");
         }
+        char* at = base + found->offset;
         switch (found->kind) {
             case Field::Int:
-                if (!parse_int(val, reinterpret_cast<int*>(base + found->offset))) {
-                    return call.fail("field " + key + ": not an integer: '" + val + "'");
+                if (!parse_int(val, reinterpret_cast<int*>(at))) {
+                    return call.fail("field " + key + ": not a decimal integer in range: '" + val + "'");
                 }
                 break;
             case Field::Str:
                 if (val == "-") {
-                    *reinterpret_cast<char**>(base + found->offset) = nullptr;
+                    *reinterpret_cast<char**>(at) = nullptr;
                 } else {
                     keep.push_back(std::make_unique<std::string>(val));
-                    *reinterpret_cast<char**>(base + found->offset) = &(*keep.back())[0];
+                    *reinterpret_cast<char**>(at) = &(*keep.back())[0];
                 }
                 break;
             case Field::Chars:
-                strncpy(base + found->offset, val.c_str(), found->size);
+                if (val.size() > found->size) {
+                    return call.fail("field " + key + ": " + std::to_string(val.size()) + " characters, the field holds " +
+                                     std::to_string(found->size));
+                }
+                memcpy(at, val.data(), val.size());
                 break;
         }
     }
@@ -194,12 +173,16 @@ struct Arg<int> {
     int v = 0;
     static std::string type() { return "int"; }
     bool parse(const Param& p, Call& call) {
-        if (call.next >= call.args.size()) {
-            return call.fail("missing argument '" + p.name + "'");
+        const std::string* a = call.take(p.name);
+        if (a == nullptr) {
+            return false;
         }
-        const std::string& a = call.args[call.next++];
-        if (!parse_int(a, &v)) {
-            return call.fail(p.name + ": not an integer: '" + a + "'");
+        if (!parse_int(*a, &v)) {
+            return call.fail(p.name + ": not a decimal integer in range: '" + *a + "'");
+        }
+        if (p.bound && v > static_cast<long long>(call.last_buffer)) {
+            return call.fail(p.name + ": " + *a + " is more than the buffer's " + std::to_string(call.last_buffer) +
+                             " bytes");
         }
         return true;
     }
@@ -207,7 +190,8 @@ struct Arg<int> {
     void report(const Param&, Call&) {}
 };
 
-// Strings: "-" is NULL. Output buffers: "-" or a size.
+// Strings: "-" is NULL. Caller buffers: "-" (4096) or a size; the buffer is
+// never smaller than kMinBuffer, so an unbounded copy cannot pass its end.
 template <typename C>
 struct Arg<C*, std::enable_if_t<std::is_same_v<std::remove_const_t<C>, char>>> {
     std::string text;
@@ -216,21 +200,23 @@ struct Arg<C*, std::enable_if_t<std::is_same_v<std::remove_const_t<C>, char>>> {
     bool out = false;
     static std::string type() { return std::is_const_v<C> ? "const char*" : "char*"; }
     bool parse(const Param& p, Call& call) {
-        if (call.next >= call.args.size()) {
-            return call.fail("missing argument '" + p.name + "'");
+        const std::string* a = call.take(p.name);
+        if (a == nullptr) {
+            return false;
         }
-        const std::string& a = call.args[call.next++];
         out = p.out;
         if (out) {
-            int size = 4096;
-            if (a != "-" && (!parse_int(a, &size) || size <= 0)) {
-                return call.fail(p.name + ": a buffer is given as '-' or its size in bytes, not '" + a + "'");
+            long long size = 4096;
+            if (*a != "-" && !parse_decimal(*a, 1, 1 << 24, &size)) {
+                return call.fail(p.name + ": a buffer is given as '-' or its size in bytes (1 to 16777216), not '" + *a +
+                                 "'");
             }
-            buffer.assign(static_cast<size_t>(size) + 1, '\0');  // one byte more: always printable
+            call.last_buffer = static_cast<size_t>(size);
+            buffer.assign(std::max(static_cast<size_t>(size), kMinBuffer) + 1, '\0');
             return true;
         }
-        null = a == "-";
-        text = a;
+        null = *a == "-";
+        text = *a;
         return true;
     }
     C* get() {
@@ -241,66 +227,83 @@ struct Arg<C*, std::enable_if_t<std::is_same_v<std::remove_const_t<C>, char>>> {
     }
     void report(const Param& p, Call& call) {
         if (out) {
-            call.outputs.add(p.name, Value::string(buffer.data()));
+            call.outputs[p.name] = std::string(buffer.data());
         }
     }
 };
 
-// A record passed in (and, for non-const ones, filled): its fields as field=value.
+// A record passed in (and, for non-const ones, filled): its fields as
+// field=value. Array records are a caller array the function fills.
 template <typename T>
 struct Arg<T*, std::enable_if_t<std::is_class_v<std::remove_const_t<T>> &&
                                 !std::is_same_v<std::remove_const_t<T>, db_handle_t>>> {
     using Rec = std::remove_const_t<T>;
     Rec rec;
+    std::vector<Rec> items;
     std::vector<std::unique_ptr<std::string>> keep;
     static std::string type() { return std::string(Record<Rec>::name()) + (std::is_const_v<T> ? " (in)" : ""); }
     bool parse(const Param& p, Call& call) {
-        if (Record<Rec>::is_array) {  // a caller array the function fills
-            (void)p;
-            items.assign(Record<Rec>::capacity, Rec{});
+        if constexpr (Record<Rec>::is_array) {
+            const std::string* a = call.take(p.name);
+            if (a == nullptr) {
+                return false;
+            }
+            if (*a != "-") {
+                return call.fail(p.name + ": an output array, given as '-'");
+            }
+            const long long n = Record<Rec>::capacity(call.handle);
+            if (n < 0) {
+                return call.fail(p.name + ": cannot size the array");
+            }
+            items.assign(static_cast<size_t>(n) + 1, Rec{});
             return true;
+        } else {
+            return record_parse(&rec, call, keep);
         }
-        return record_parse(&rec, call, keep);
     }
     T* get() { return Record<Rec>::is_array ? items.data() : &rec; }
     void report(const Param& p, Call& call) {
         if (Record<Rec>::is_array) {
             Value arr = Value::array();
             for (long long i = 0; i < call.result_int && i < static_cast<long long>(items.size()); ++i) {
-                arr.items.push_back(record_value(items[static_cast<size_t>(i)]));
+                arr.push_back(record_value(items[static_cast<size_t>(i)]));
             }
-            call.outputs.add(p.name, arr);
+            call.outputs[p.name] = arr;
         } else if (!std::is_const_v<T>) {
-            call.outputs.add(p.name, record_value(rec));
+            call.outputs[p.name] = record_value(rec);
         }
     }
-    std::vector<Rec> items;
 };
 
-// An array handed over through a pointer: result elements, freed afterwards.
+// An array handed over through a pointer: given as '-', shown as an output,
+// freed afterwards.
 template <typename T>
 struct Arg<T**, std::enable_if_t<std::is_class_v<T>>> {
     T* array = nullptr;
     db_handle_t* handle = nullptr;
-    static std::string type() { return std::string(Record<T>::name()) + "** (out)"; }
-    bool parse(const Param&, Call& call) {
+    static std::string type() { return std::string(Record<T>::name()) + "**"; }
+    bool parse(const Param& p, Call& call) {
         handle = call.handle;
-        return true;
+        const std::string* a = call.take(p.name);
+        if (a != nullptr && *a != "-") {
+            return call.fail(p.name + ": an output array, given as '-'");
+        }
+        return a != nullptr;
     }
     T** get() { return &array; }
     void report(const Param& p, Call& call) {
         Value arr = Value::array();
         if (array != nullptr) {
             for (long long i = 0; i < call.result_int; ++i) {
-                arr.items.push_back(record_value(array[i]));
+                arr.push_back(record_value(array[i]));
             }
             Record<T>::free_array(handle, array);
         }
-        call.outputs.add(p.name, arr);
+        call.outputs[p.name] = arr;
     }
 };
 
-// ---- Results by type ----
+// ---- Results by type: the value, and whether it is the failure value ----
 
 template <typename R, typename Enable = void>
 struct Ret;
@@ -310,27 +313,32 @@ struct Ret<int> {
     static std::string type() { return "int"; }
     static Value value(int r, Call& call) {
         call.result_int = r;
-        return Value::integer(r);
+        call.failed = r == -1;
+        return r;
     }
 };
 
 template <typename C>
 struct Ret<C*, std::enable_if_t<std::is_same_v<std::remove_const_t<C>, char>>> {
     static std::string type() { return "char*"; }
-    static Value value(C* r, Call&) { return Value::string(r); }
+    static Value value(C* r, Call& call) {
+        call.failed = r == nullptr;
+        return r ? Value(r) : Value(nullptr);
+    }
 };
 
 // A heap list: every node, then freed with its free function.
 template <typename T>
 struct Ret<T*, std::enable_if_t<std::is_class_v<T>>> {
     static std::string type() { return std::string(Record<T>::name()) + "* (list)"; }
-    static Value value(T* r, Call&) {
+    static Value value(T* r, Call& call) {
+        call.failed = r == nullptr;
         if (r == nullptr) {
-            return Value::null();
+            return nullptr;
         }
         Value arr = Value::array();
         for (T* n = r; n != nullptr; n = n->next) {
-            arr.items.push_back(record_value(*n));
+            arr.push_back(record_value(*n));
         }
         Record<T>::free_list(r);
         return arr;
@@ -341,6 +349,7 @@ struct Ret<T*, std::enable_if_t<std::is_class_v<T>>> {
 
 struct Entry {
     std::string name;
+    std::string description;
     std::string signature;
     Value (*invoke)(const Entry&, Call&);
     void* fn;
@@ -357,11 +366,11 @@ struct Invoker {
         bool ok = true;
         ((ok = ok && std::get<I>(args).parse(e.params[I], call)), ...);
         if (!ok) {
-            return Value::null();
+            return nullptr;
         }
         if (call.next < call.args.size()) {
             call.fail("too many arguments (" + std::to_string(call.args.size()) + " given)");
-            return Value::null();
+            return nullptr;
         }
         Fn fn = reinterpret_cast<Fn>(e.fn);
         Value result = Ret<R>::value(fn(call.handle, std::get<I>(args).get()...), call);
@@ -372,20 +381,39 @@ struct Invoker {
     static Value invoke(const Entry& e, Call& call) { return run(e, call, std::index_sequence_for<A...>{}); }
 };
 
+// T** parameters and caller arrays: outputs given as '-'.
+template <typename A>
+constexpr bool is_out_array() {
+    using P = std::remove_cv_t<std::remove_pointer_t<A>>;
+    if constexpr (std::is_pointer_v<P>) {
+        return true;
+    } else if constexpr (std::is_class_v<P> && !std::is_same_v<P, db_handle_t>) {
+        return Record<P>::is_array;
+    } else {
+        return false;
+    }
+}
+
+// The signature as `list` shows it: every parameter takes one word on the
+// command line ("(out)": given as '-' or a buffer size), except a record,
+// which takes the remaining field=value words.
 template <typename R, typename... A>
-Entry entry(const char* name, R (*fn)(db_handle_t*, A...), std::vector<const char*> names) {
+Entry entry(const char* name, R (*fn)(db_handle_t*, A...), const char* description, std::vector<const char*> names) {
     Entry e;
     e.name = name;
+    e.description = description;
     e.fn = reinterpret_cast<void*>(fn);
     e.invoke = &Invoker<R, A...>::invoke;
     for (const char* n : names) {
         e.params.emplace_back(n);
     }
     const std::vector<std::string> types = {Arg<A>::type()...};
+    const std::vector<bool> outs = {is_out_array<A>()...};
     std::string sig = Ret<R>::type() + " " + name + "(";
     for (size_t i = 0; i < types.size(); ++i) {
-        const std::string pname = i < e.params.size() ? e.params[i].name : "?";
-        sig += (i ? ", " : "") + types[i] + " " + pname + (i < e.params.size() && e.params[i].out ? " (out)" : "");
+        const bool named = i < e.params.size();
+        const bool out = named && (e.params[i].out || outs[i]);
+        sig += (i ? ", " : "") + types[i] + " " + (named ? e.params[i].name : "?") + (out ? " (out)" : "");
     }
     e.signature = sig + ")";
     if (e.params.size() != sizeof...(A)) {

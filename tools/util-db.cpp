@@ -1,96 +1,399 @@
-// util-db: calls the library's exported table functions from the command line.
+// util-db: operates the appliance's configuration database from the command
+// line: calls the library's exported table functions, and works on the whole
+// configuration (export, import, diff, check), in batches and on the node's
+// replication state. `util-db --help` and `util-db COMMAND --help` tell how.
 //
-//   util-db [--json] [--trace] [--log LEVEL] call FUNCTION ARG...
-//   util-db list
-//   util-db dump TABLE
-//
-// Strings are given as they are, NULL as "-", integers in decimal; a caller
-// buffer (marked "(out)" in the list) as "-" or its size; a record as
-// field=value pairs. The connection is the library's own (127.0.0.1, database
-// "firewall"); MYSQL_TCP_PORT reaches another port.
+// Exit status: 0 success; 1 a called function reports failure, a diff finds
+// differences, check finds dangling references or an operation fails; 2 a
+// usage error; 3 the database cannot be reached.
 #include <dlfcn.h>
 #include <errno.h>
 #include <stdarg.h>
 #include <syslog.h>
 
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
 #include "cli.h"
+#include "config.h"
+
+#ifndef UTIL_DB_VERSION
+#define UTIL_DB_VERSION "unknown"
+#endif
 
 namespace {
 
+enum Exit { kOk = 0, kFailed = 1, kUsage = 2, kUnreachable = 3 };
+
 bool g_trace = false;
-bool g_log = false;
+int g_log = -1;                        // --log LEVEL: records shown live, up to LEVEL
+std::vector<std::string> g_reasons;    // the priority-3 records of the current call
 
-const char* kUsage =
-    "usage: util-db [--json] [--trace] [--log LEVEL] call FUNCTION ARG...\n"
-    "       util-db list\n"
-    "       util-db dump TABLE\n"
-    "Arguments: strings as they are, NULL as '-', integers in decimal, a caller\n"
-    "buffer (out) as '-' or its size in bytes, a record as field=value pairs.\n"
-    "--trace prints the SQL the library sends, --log LEVEL its log records up\n"
-    "to that syslog priority (7: all), both on standard error.\n";
+// The library handle; its MySQL connection is also the tool's own.
+struct Session {
+    db_handle_t handle{};
+    bool ready = false;
 
-void escape_json(const std::string& s, std::string& out) {
-    out += '"';
-    for (unsigned char c : s) {
-        switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\t': out += "\\t"; break;
-            case '\r': out += "\\r"; break;
-            default:
-                if (c < 0x20) {
-                    char buf[8];
-                    snprintf(buf, sizeof buf, "\\u%04x", c);
-                    out += buf;
-                } else {
-                    out += static_cast<char>(c);
-                }
+    MYSQL* conn() { return static_cast<MYSQL*>(handle.conn); }
+
+    // Connects once; on failure says where it tried and how to reach another port.
+    bool connect() {
+        if (ready) {
+            return true;
+        }
+        if (util_db_init(&handle) != nullptr && util_db_connect(&handle) != nullptr) {
+            ready = true;
+            return true;
+        }
+        const char* port = getenv("MYSQL_TCP_PORT");
+        fprintf(stderr,
+                "util-db: cannot connect to the configuration database at 127.0.0.1 port %s (user root, database "
+                "firewall): %s\n"
+                "util-db: the port is taken from MYSQL_TCP_PORT or --port N%s\n",
+                port ? port : "3306 (the client's default)", handle.conn ? mysql_error(conn()) : "no memory",
+                port ? "" : "; neither is set");
+        util_db_deinit(&handle);
+        return false;
+    }
+    ~Session() {
+        if (ready) {
+            util_db_disconnect(&handle);
+            util_db_deinit(&handle);
         }
     }
-    out += '"';
+};
+
+int finish(const config::Status& s) {
+    if (s.code != 0 && !s.reason.empty()) {
+        fprintf(stderr, "util-db: %s\n", s.reason.c_str());
+    }
+    return s.code;
 }
 
-int run_dump(db_handle_t* h, const std::string& table) {
-    for (unsigned char c : table) {
-        if (!isalnum(c) && c != '_') {
-            fprintf(stderr, "util-db: bad table name '%s'\n", table.c_str());
-            return 2;
+// ---- Printing a call's result as text ----
+
+std::string to_text(const cli::Value& v, int indent) {
+    const std::string pad(static_cast<size_t>(indent), ' ');
+    if (v.is_null()) {
+        return "NULL";
+    }
+    if (v.is_object()) {
+        std::string out;
+        for (const auto& [k, f] : v.items()) {
+            const bool nested = f.is_structured();
+            out += pad + k + ":" + (nested ? "\n" : " ") + to_text(f, indent + 2) + (nested ? "" : "\n");
+        }
+        return out;
+    }
+    if (v.is_array()) {
+        if (v.empty()) {
+            return pad + "(none)\n";
+        }
+        std::string out;
+        for (size_t k = 0; k < v.size(); ++k) {
+            out += pad + "[" + std::to_string(k) + "]\n" + to_text(v[k], indent + 2);
+        }
+        return out;
+    }
+    return v.dump(-1, ' ', false, cli::Value::error_handler_t::replace);
+}
+
+int run_call(Session& s, const std::vector<std::string>& words, bool json) {
+    const cli::Entry* found = nullptr;
+    for (const cli::Entry& e : cli::functions()) {
+        if (e.name == words[0]) {
+            found = &e;
         }
     }
-    const std::string sql = "select * from " + table;
-    MYSQL_RES* res = static_cast<MYSQL_RES*>(db_store_result(h, sql.c_str()));
-    if (res == nullptr) {
-        fprintf(stderr, "util-db: cannot read table %s: %s\n", table.c_str(),
-                mysql_error(static_cast<MYSQL*>(h->conn)));
-        return 1;
+    if (found == nullptr) {
+        fprintf(stderr, "util-db: no function '%s' (util-db list shows them)\n", words[0].c_str());
+        return kUsage;
     }
-    const unsigned int n = mysql_num_fields(res);
-    MYSQL_FIELD* fields = mysql_fetch_fields(res);
-    std::vector<std::vector<std::string>> cells(1);
-    for (unsigned int i = 0; i < n; ++i) {
-        cells[0].push_back(fields[i].name);
+    if (!s.connect()) {
+        return kUnreachable;
     }
-    while (MYSQL_ROW row = mysql_fetch_row(res)) {
-        cells.emplace_back();
-        for (unsigned int i = 0; i < n; ++i) {
-            cells.back().push_back(row[i] ? row[i] : "NULL");
+    cli::Call call;
+    call.handle = &s.handle;
+    call.args.assign(words.begin() + 1, words.end());
+    g_reasons.clear();
+    const cli::Value result = found->invoke(*found, call);
+    if (!call.error.empty()) {
+        fprintf(stderr, "util-db: %s: %s\n  %s\n", found->name.c_str(), call.error.c_str(), found->signature.c_str());
+        return kUsage;
+    }
+    if (json) {
+        const cli::Value doc = {{"function", found->name}, {"result", result}, {"outputs", call.outputs}};
+        printf("%s\n", doc.dump(-1, ' ', false, cli::Value::error_handler_t::replace).c_str());
+    } else {
+        const bool nested = result.is_array();
+        printf("result:%s%s%s", nested ? "\n" : " ", to_text(result, 2).c_str(), nested ? "" : "\n");
+        printf("%s", to_text(call.outputs, 0).c_str());
+    }
+    if (!call.failed) {
+        return kOk;
+    }
+    std::string why;
+    for (const std::string& r : g_reasons) {
+        why += (why.empty() ? "" : "; ") + r;
+    }
+    fprintf(stderr, "util-db: %s failed (%s): %s\n", found->name.c_str(), result.is_null() ? "NULL" : "-1",
+            why.empty() ? "the library logged no reason" : why.c_str());
+    return kFailed;
+}
+
+int run_list(const std::string& word, bool json) {
+    auto lower = [](std::string t) {
+        std::transform(t.begin(), t.end(), t.begin(), ::tolower);
+        return t;
+    };
+    cli::Value out = cli::Value::array();
+    for (const cli::Entry& e : cli::functions()) {
+        if (!word.empty() && lower(e.name + " " + e.description).find(lower(word)) == std::string::npos) {
+            continue;
+        }
+        if (json) {
+            out.push_back({{"name", e.name}, {"signature", e.signature}, {"description", e.description}});
+        } else {
+            printf("%s\n    %s\n", e.signature.c_str(), e.description.c_str());
         }
     }
-    mysql_free_result(res);
-    std::vector<size_t> width(n, 0);
-    for (const auto& r : cells) {
-        for (unsigned int i = 0; i < n; ++i) {
-            width[i] = std::max(width[i], r[i].size());
+    if (json) {
+        printf("%s\n", out.dump(2).c_str());
+    }
+    return out.empty() && json && !word.empty() ? kFailed : kOk;
+}
+
+int run_export(Session& s, const std::string& output) {
+    if (!s.connect()) {
+        return kUnreachable;
+    }
+    config::Json doc;
+    const config::Status st = config::export_all(s.conn(), &doc);
+    if (st.code) {
+        return finish(st);
+    }
+    const std::string text = doc.dump(2, ' ', false, config::Json::error_handler_t::replace) + "\n";
+    if (output.empty() || output == "-") {
+        fputs(text.c_str(), stdout);
+        return kOk;
+    }
+    std::ofstream out(output, std::ios::binary | std::ios::trunc);
+    out << text;
+    out.close();
+    if (!out) {
+        fprintf(stderr, "util-db: cannot write %s\n", output.c_str());
+        return kFailed;
+    }
+    return kOk;
+}
+
+// Splits a batch line into words: blanks separate, '...' and "..." quote,
+// a backslash takes the next character as it is.
+bool split_words(const std::string& line, std::vector<std::string>* words) {
+    std::string w;
+    bool in_word = false;
+    char quote = 0;
+    for (size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quote) {
+            if (c == quote) {
+                quote = 0;
+            } else {
+                w += c;
+            }
+        } else if (c == '\'' || c == '"') {
+            quote = c;
+            in_word = true;
+        } else if (c == '\\' && i + 1 < line.size()) {
+            w += line[++i];
+            in_word = true;
+        } else if (c == ' ' || c == '\t' || c == '\r') {
+            if (in_word) {
+                words->push_back(w);
+            }
+            w.clear();
+            in_word = false;
+        } else {
+            w += c;
+            in_word = true;
         }
     }
-    for (size_t k = 0; k < cells.size(); ++k) {
-        for (unsigned int i = 0; i < n; ++i) {
-            printf("%-*s%s", static_cast<int>(width[i]), cells[k][i].c_str(), i + 1 < n ? "  " : "\n");
+    if (in_word) {
+        words->push_back(w);
+    }
+    return quote == 0;
+}
+
+int run_words(Session& s, std::vector<std::string> words, bool in_batch);
+
+int run_batch(Session& s, const std::string& path, bool atomic) {
+    std::stringstream ss;
+    if (path == "-") {
+        ss << std::cin.rdbuf();
+    } else {
+        std::ifstream in(path);
+        if (!in) {
+            fprintf(stderr, "util-db: cannot read %s\n", path.c_str());
+            return kUsage;
+        }
+        ss << in.rdbuf();
+    }
+    if (!s.connect()) {
+        return kUnreachable;
+    }
+    // The library's statements and the tool's run on one connection: with
+    // autocommit off inside one transaction, all of them commit or none.
+    const unsigned long thread = mysql_thread_id(s.conn());
+    if (atomic && (mysql_query(s.conn(), "SET autocommit=0") != 0 || mysql_query(s.conn(), "START TRANSACTION") != 0)) {
+        fprintf(stderr, "util-db: batch: cannot start a transaction: %s\n", mysql_error(s.conn()));
+        return kFailed;
+    }
+    std::string line;
+    int n = 0;
+    int rc = kOk;
+    while (rc == kOk && std::getline(ss, line)) {
+        ++n;
+        std::vector<std::string> words;
+        if (!split_words(line, &words)) {
+            fprintf(stderr, "util-db: batch line %d: unbalanced quote\n", n);
+            rc = kUsage;
+        } else if (!words.empty() && words[0][0] != '#') {
+            rc = run_words(s, words, true);
+        }
+        if (rc != kOk) {
+            fprintf(stderr, "util-db: batch stopped at line %d (exit %d): %s\n", n, rc, line.c_str());
         }
     }
-    printf("(%zu row%s)\n", cells.size() - 1, cells.size() == 2 ? "" : "s");
-    return 0;
+    if (!atomic) {
+        return rc;
+    }
+    if (rc == kOk && mysql_thread_id(s.conn()) != thread) {
+        fprintf(stderr, "util-db: batch: the connection was renewed during the batch; not applied as one\n");
+        rc = kFailed;
+    }
+    if (mysql_query(s.conn(), rc == kOk ? "COMMIT" : "ROLLBACK") != 0) {
+        fprintf(stderr, "util-db: batch: %s failed: %s\n", rc == kOk ? "COMMIT" : "ROLLBACK", mysql_error(s.conn()));
+        rc = kFailed;
+    } else if (rc != kOk) {
+        fprintf(stderr, "util-db: batch rolled back: nothing of it is applied\n");
+    }
+    mysql_query(s.conn(), "SET autocommit=1");
+    return rc;
+}
+
+// One command line (the program's, or a batch line) parsed and run.
+int run_words(Session& s, std::vector<std::string> words, bool in_batch) {
+    CLI::App app{"util-db: the appliance's configuration database from the command line", "util-db"};
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.allow_extras();  // the words of `call`; any other command refuses them
+    bool json = false;
+    int log = -1;
+    std::string port;
+    app.add_flag("--json", json, "print results as JSON");
+    app.add_flag("--trace", g_trace, "print the SQL the library sends, on standard error");
+    app.add_option("--log", log, "print the library's log records up to this syslog priority (0-7) on standard error")
+        ->check(CLI::Range(0, 7));
+    if (!in_batch) {
+        app.add_option("--port", port, "the server's TCP port (sets MYSQL_TCP_PORT for the client library)");
+        app.set_version_flag("--version", std::string("util-db ") + UTIL_DB_VERSION);
+    }
+    app.footer("Exit status: 0 success; 1 failure reported by a function, differences, dangling references or a failed\n"
+               "operation; 2 usage error; 3 database not reachable. Failure reasons go to standard error.");
+
+    auto* call = app.add_subcommand("call", "call one library function: call FUNCTION ARG...");
+    call->prefix_command();
+    call->footer("Arguments: strings as they are, NULL as '-', integers in decimal; an (out) buffer as '-' or its size\n"
+                 "in bytes; an (out) array as '-'; a record as field=value words. `util-db list WORD` shows them.");
+
+    std::string word;
+    auto* list = app.add_subcommand("list", "the callable functions with a one-line description each");
+    list->add_option("WORD", word, "only the functions whose name or description contains WORD");
+
+    std::string table;
+    auto* dump = app.add_subcommand("dump", "print one table, rows in key order");
+    dump->add_option("TABLE", table, "the table")->required();
+
+    std::string output;
+    auto* exp = app.add_subcommand("export", "the whole configuration as one JSON document");
+    exp->add_option("-o,--output", output, "write to FILE instead of standard output");
+
+    std::string file;
+    auto* imp = app.add_subcommand("import", "replace the configuration by a document's, all or nothing");
+    imp->add_option("FILE", file, "the document, or - for standard input")->required();
+    auto* diff = app.add_subcommand("diff", "compare a document with the running configuration (exit 1: different)");
+    diff->add_option("FILE", file, "the document, or - for standard input")->required();
+    app.add_subcommand("check", "list references between tables that name nothing (exit 1: some)");
+    bool atomic = false;
+    auto* batch = app.add_subcommand("batch", "run util-db command lines from a file on one connection");
+    batch->add_option("FILE", file, "one command line per line, or - for standard input")->required();
+    batch->add_flag("--atomic", atomic, "in one transaction: nothing stays applied when a line fails");
+    app.add_subcommand("status", "the node's role (primary or replica) and replication state");
+
+    std::reverse(words.begin(), words.end());  // CLI11 takes a vector last word first
+    try {
+        app.parse(words);
+    } catch (const CLI::ParseError& e) {
+        const int rc = app.exit(e);
+        return rc == 0 ? kOk : kUsage;
+    }
+    if (log >= 0) {
+        g_log = log;
+        util_db_log_level = std::max(3, log);
+    }
+    if (!port.empty()) {
+        long long p = 0;
+        if (!cli::parse_decimal(port, 1, 65535, &p)) {
+            fprintf(stderr, "util-db: --port takes a decimal port number from 1 to 65535, not '%s'\n", port.c_str());
+            return kUsage;
+        }
+        setenv("MYSQL_TCP_PORT", port.c_str(), 1);
+    }
+    CLI::App* sub = app.get_subcommands().front();
+    const std::string cmd = sub->get_name();
+    if (in_batch && (cmd == "batch" || cmd == "import")) {
+        fprintf(stderr, "util-db: %s cannot run inside a batch\n", cmd.c_str());
+        return kUsage;
+    }
+    const std::vector<std::string> rest = app.remaining();
+    if (cmd != "call" && !rest.empty()) {
+        fprintf(stderr, "util-db: %s: unexpected argument '%s'\n", cmd.c_str(), rest[0].c_str());
+        return kUsage;
+    }
+    if (cmd == "call") {
+        if (rest.empty()) {
+            fprintf(stderr, "util-db: call needs a function name (util-db list shows them)\n");
+            return kUsage;
+        }
+        return run_call(s, rest, json);
+    }
+    if (cmd == "list") {
+        return run_list(word, json);
+    }
+    if (cmd == "export") {
+        return run_export(s, output);
+    }
+    if (cmd == "batch") {
+        return run_batch(s, file, atomic);
+    }
+    if (!s.connect()) {
+        return kUnreachable;
+    }
+    if (cmd == "dump") {
+        return finish(config::run_dump(s.conn(), table, json));
+    }
+    if (cmd == "import") {
+        return finish(config::run_import(s.conn(), file, json));
+    }
+    if (cmd == "diff") {
+        return finish(config::run_diff(s.conn(), file, json));
+    }
+    if (cmd == "check") {
+        return finish(config::run_check(s.conn(), json));
+    }
+    return finish(config::run_status(s.conn(), json));
 }
 
 }  // namespace
@@ -110,16 +413,18 @@ extern "C" void openlog(const char*, int, int) {}
 extern "C" void closelog(void) {}
 
 extern "C" void vsyslog(int priority, const char* fmt, va_list ap) {
-    if (!g_log) {
-        return;
-    }
     char buf[4096];
     vsnprintf(buf, sizeof buf, fmt, ap);
     size_t len = strlen(buf);
     while (len > 0 && buf[len - 1] == '\n') {
         buf[--len] = '\0';
     }
-    fprintf(stderr, "LOG %d: %s\n", priority, buf);
+    if (priority <= 3) {
+        g_reasons.emplace_back(buf);
+    }
+    if (priority <= g_log) {
+        fprintf(stderr, "LOG %d: %s\n", priority, buf);
+    }
 }
 
 extern "C" void syslog(int priority, const char* fmt, ...) {
@@ -138,172 +443,53 @@ extern "C" void __syslog_chk(int priority, int, const char* fmt, ...) {
 
 namespace cli {
 
-bool parse_int(const std::string& text, int* value) {
+bool parse_decimal(const std::string& text, long long lo, long long hi, long long* value) {
     if (text.empty()) {
         return false;
     }
-    errno = 0;
-    char* end = nullptr;
-    const long v = strtol(text.c_str(), &end, 0);
-    if (errno != 0 || *end != '\0' || v < INT32_MIN || v > INT32_MAX) {
+    const size_t digits = text.size() - (text[0] == '-' ? 1 : 0);
+    if (digits == 0 || digits > 18 ||
+        text.find_first_not_of("0123456789", text[0] == '-' ? 1 : 0) != std::string::npos) {
+        return false;
+    }
+    const long long v = strtoll(text.c_str(), nullptr, 10);
+    if (v < lo || v > hi) {
+        return false;
+    }
+    *value = v;
+    return true;
+}
+
+bool parse_int(const std::string& text, int* value) {
+    long long v = 0;
+    if (!parse_decimal(text, INT32_MIN, INT32_MAX, &v)) {
         return false;
     }
     *value = static_cast<int>(v);
     return true;
 }
 
-std::string to_json(const Value& v) {
-    std::string out;
-    switch (v.kind) {
-        case Value::Null: return "null";
-        case Value::Int: return std::to_string(v.i);
-        case Value::Str: escape_json(v.s, out); return out;
-        case Value::Object:
-            out = "{";
-            for (size_t k = 0; k < v.fields.size(); ++k) {
-                if (k) out += ",";
-                escape_json(v.fields[k].first, out);
-                out += ":" + to_json(v.fields[k].second);
-            }
-            return out + "}";
-        case Value::Array:
-            out = "[";
-            for (size_t k = 0; k < v.items.size(); ++k) {
-                out += (k ? "," : "") + to_json(v.items[k]);
-            }
-            return out + "]";
+long long count_rows(db_handle_t* handle, const char* table) {
+    MYSQL* conn = static_cast<MYSQL*>(handle->conn);
+    const std::string sql = std::string("SELECT COUNT(*) FROM ") + table;
+    if (mysql_real_query(conn, sql.data(), sql.size()) != 0) {
+        return -1;
     }
-    return out;
-}
-
-std::string to_text(const Value& v, int indent) {
-    const std::string pad(static_cast<size_t>(indent), ' ');
-    switch (v.kind) {
-        case Value::Null: return "NULL";
-        case Value::Int: return std::to_string(v.i);
-        case Value::Str: {
-            std::string out;
-            escape_json(v.s, out);
-            return out;
-        }
-        case Value::Object: {
-            std::string out;
-            for (const auto& f : v.fields) {
-                const bool nested = f.second.kind == Value::Object || f.second.kind == Value::Array;
-                out += pad + f.first + ":" + (nested ? "\n" : " ") + to_text(f.second, indent + 2) + (nested ? "" : "\n");
-            }
-            return out;
-        }
-        case Value::Array: {
-            if (v.items.empty()) {
-                return pad + "(none)\n";
-            }
-            std::string out;
-            for (size_t k = 0; k < v.items.size(); ++k) {
-                out += pad + "[" + std::to_string(k) + "]\n" + to_text(v.items[k], indent + 2);
-            }
-            return out;
-        }
+    MYSQL_RES* res = mysql_store_result(conn);
+    MYSQL_ROW row = res ? mysql_fetch_row(res) : nullptr;
+    const long long n = row && row[0] ? atoll(row[0]) : -1;
+    if (res) {
+        mysql_free_result(res);
     }
-    return "";
+    return n;
 }
 
 }  // namespace cli
 
 int main(int argc, char** argv) {
-    bool json = false;
-    int i = 1;
-    for (; i < argc && argv[i][0] == '-' && argv[i][1] == '-'; ++i) {
-        const std::string opt = argv[i];
-        if (opt == "--json") {
-            json = true;
-        } else if (opt == "--trace") {
-            g_trace = true;
-        } else if (opt == "--log" && i + 1 < argc) {
-            int level = 0;
-            if (!cli::parse_int(argv[++i], &level)) {
-                fprintf(stderr, "util-db: --log takes a priority from 0 to 7\n%s", kUsage);
-                return 2;
-            }
-            g_log = true;
-            util_db_log_switch = 1;
-            util_db_log_level = level;
-        } else if (opt == "--help") {
-            fputs(kUsage, stdout);
-            return 0;
-        } else {
-            fprintf(stderr, "util-db: unknown option %s\n%s", opt.c_str(), kUsage);
-            return 2;
-        }
-    }
-    if (i >= argc) {
-        fputs(kUsage, stderr);
-        return 2;
-    }
-    const std::string command = argv[i++];
-    if (command == "list") {
-        for (const cli::Entry& e : cli::functions()) {
-            printf("%s\n", e.signature.c_str());
-        }
-        return 0;
-    }
-    if (command != "call" && command != "dump") {
-        fprintf(stderr, "util-db: unknown command '%s'\n%s", command.c_str(), kUsage);
-        return 2;
-    }
-    if (i >= argc) {
-        fprintf(stderr, "util-db: %s needs a %s\n", command.c_str(), command == "call" ? "function name" : "table name");
-        return 2;
-    }
-    const std::string target = argv[i++];
-    const cli::Entry* found = nullptr;
-    if (command == "call") {
-        for (const cli::Entry& e : cli::functions()) {
-            if (e.name == target) {
-                found = &e;
-            }
-        }
-        if (found == nullptr) {
-            fprintf(stderr, "util-db: no function '%s' (util-db list shows them)\n", target.c_str());
-            return 2;
-        }
-    }
-
-    db_handle_t handle;
-    memset(&handle, 0, sizeof handle);
-    if (util_db_init(&handle) == nullptr || util_db_connect(&handle) == nullptr) {
-        fprintf(stderr, "util-db: cannot connect to the configuration database (127.0.0.1, database firewall%s%s)\n",
-                getenv("MYSQL_TCP_PORT") ? ", port " : "", getenv("MYSQL_TCP_PORT") ? getenv("MYSQL_TCP_PORT") : "");
-        util_db_deinit(&handle);
-        return 1;
-    }
-    int status = 0;
-    if (command == "dump") {
-        status = run_dump(&handle, target);
-    } else {
-        cli::Call call;
-        call.handle = &handle;
-        call.args.assign(argv + i, argv + argc);
-        cli::Value result = found->invoke(*found, call);
-        if (!call.error.empty()) {
-            fprintf(stderr, "util-db: %s: %s\n  %s\n", found->name.c_str(), call.error.c_str(), found->signature.c_str());
-            status = 2;
-        } else if (json) {
-            cli::Value doc = cli::Value::object();
-            doc.add("function", cli::Value::string(found->name.c_str()));
-            doc.add("result", result);
-            doc.add("outputs", call.outputs);
-            printf("%s\n", cli::to_json(doc).c_str());
-        } else {
-            const bool nested = result.kind == cli::Value::Array;
-            printf("result:%s%s", nested ? "\n" : " ", cli::to_text(result, 2).c_str());
-            if (!nested) {
-                printf("\n");
-            }
-            printf("%s", cli::to_text(call.outputs, 0).c_str());
-        }
-    }
-    util_db_disconnect(&handle);
-    util_db_deinit(&handle);
-    return status;
+    // The library's error records are the reasons shown when a call fails.
+    util_db_log_switch = 1;
+    util_db_log_level = 3;
+    Session session;
+    return run_words(session, std::vector<std::string>(argv + 1, argv + argc), false);
 }
