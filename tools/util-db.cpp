@@ -336,6 +336,10 @@ int run_words(Session& s, std::vector<std::string> words, bool in_batch) {
     try {
         app.parse(words);
     } catch (const CLI::ParseError& e) {
+        if (app.get_subcommands().empty() && !app.remaining().empty()) {
+            fprintf(stderr, "util-db: unknown command '%s' (util-db --help lists them)\n", app.remaining()[0].c_str());
+            return kUsage;
+        }
         const int rc = app.exit(e);
         return rc == 0 ? kOk : kUsage;
     }
