@@ -226,9 +226,9 @@ bool split_words(const std::string& line, std::vector<std::string>* words) {
     return quote == 0;
 }
 
-int run_words(Session& s, std::vector<std::string> words, bool in_batch);
+int run_words(Session& s, std::vector<std::string> words, bool in_batch, bool json);
 
-int run_batch(Session& s, const std::string& path, bool atomic) {
+int run_batch(Session& s, const std::string& path, bool atomic, bool json) {
     std::stringstream ss;
     if (path == "-") {
         ss << std::cin.rdbuf();
@@ -260,7 +260,7 @@ int run_batch(Session& s, const std::string& path, bool atomic) {
             fprintf(stderr, "util-db: batch line %d: unbalanced quote\n", n);
             rc = kUsage;
         } else if (!words.empty() && words[0][0] != '#') {
-            rc = run_words(s, words, true);
+            rc = run_words(s, words, true, json);
         }
         if (rc != kOk) {
             fprintf(stderr, "util-db: batch stopped at line %d (exit %d): %s\n", n, rc, line.c_str());
@@ -284,12 +284,12 @@ int run_batch(Session& s, const std::string& path, bool atomic) {
 }
 
 // One command line (the program's, or a batch line) parsed and run.
-int run_words(Session& s, std::vector<std::string> words, bool in_batch) {
+// A batch's --json holds for each of its lines.
+int run_words(Session& s, std::vector<std::string> words, bool in_batch, bool json) {
     CLI::App app{"util-db: the appliance's configuration database from the command line", "util-db"};
     app.require_subcommand(1);
     app.fallthrough();
     app.allow_extras();  // the words of `call`; any other command refuses them
-    bool json = false;
     int log = -1;
     std::string port;
     app.add_flag("--json", json, "print results as JSON");
@@ -380,7 +380,7 @@ int run_words(Session& s, std::vector<std::string> words, bool in_batch) {
         return run_export(s, output);
     }
     if (cmd == "batch") {
-        return run_batch(s, file, atomic);
+        return run_batch(s, file, atomic, json);
     }
     if (!s.connect()) {
         return kUnreachable;
@@ -495,5 +495,5 @@ int main(int argc, char** argv) {
     util_db_log_switch = 1;
     util_db_log_level = 3;
     Session session;
-    return run_words(session, std::vector<std::string>(argv + 1, argv + argc), false);
+    return run_words(session, std::vector<std::string>(argv + 1, argv + argc), false, false);
 }
