@@ -54,6 +54,9 @@ struct Session {
                 "util-db: the port is taken from MYSQL_TCP_PORT or --port N%s\n",
                 port ? port : "3306 (the client's default)", handle.conn ? mysql_error(conn()) : "no memory",
                 port ? "" : "; neither is set");
+        if (handle.conn != nullptr) {
+            util_db_disconnect(&handle);
+        }
         util_db_deinit(&handle);
         return false;
     }
@@ -290,14 +293,15 @@ int run_words(Session& s, std::vector<std::string> words, bool in_batch, bool js
     app.require_subcommand(1);
     app.fallthrough();
     app.allow_extras();  // the words of `call`; any other command refuses them
-    int log = -1;
+    std::string log;
     std::string port;
     app.add_flag("--json", json, "print results as JSON");
     app.add_flag("--trace", g_trace, "print the SQL the library sends, on standard error");
     app.add_option("--log", log, "print the library's log records up to this syslog priority (0-7) on standard error")
-        ->check(CLI::Range(0, 7));
+        ->type_name("LEVEL");
     if (!in_batch) {
-        app.add_option("--port", port, "the server's TCP port (sets MYSQL_TCP_PORT for the client library)");
+        app.add_option("--port", port, "the server's TCP port (sets MYSQL_TCP_PORT for the client library)")
+            ->type_name("N");
         app.set_version_flag("--version", std::string("util-db ") + UTIL_DB_VERSION);
     }
     app.footer("Exit status: 0 success; 1 failure reported by a function, differences, dangling references or a failed\n"
@@ -318,7 +322,7 @@ int run_words(Session& s, std::vector<std::string> words, bool in_batch, bool js
 
     std::string output;
     auto* exp = app.add_subcommand("export", "the whole configuration as one JSON document");
-    exp->add_option("-o,--output", output, "write to FILE instead of standard output");
+    exp->add_option("-o,--output", output, "write to FILE instead of standard output")->type_name("FILE");
 
     std::string file;
     auto* imp = app.add_subcommand("import", "replace the configuration by a document's, all or nothing");
@@ -343,9 +347,14 @@ int run_words(Session& s, std::vector<std::string> words, bool in_batch, bool js
         const int rc = app.exit(e);
         return rc == 0 ? kOk : kUsage;
     }
-    if (log >= 0) {
-        g_log = log;
-        util_db_log_level = std::max(3, log);
+    if (!log.empty()) {
+        long long level = 0;
+        if (!cli::parse_decimal(log, 0, 7, &level)) {
+            fprintf(stderr, "util-db: --log takes a syslog priority from 0 to 7, not '%s'\n", log.c_str());
+            return kUsage;
+        }
+        g_log = static_cast<int>(level);
+        util_db_log_level = std::max(3, g_log);
     }
     if (!port.empty()) {
         long long p = 0;
