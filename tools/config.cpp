@@ -483,11 +483,12 @@ Status run_status(MYSQL* conn, bool json) {
         return Status::fail(1, "cannot read the server's state: " + s.reason);
     }
     Json doc = Json::object();
-    doc["role"] = replica.rows.empty() ? "primary" : "replica";
+    doc["role"] = "primary";
     for (size_t i = 0; i < vars.columns.size(); ++i) {
         doc[vars.columns[i]] = cell_json(vars.rows[0][i], vars.integer[i]);
     }
-    doc["read_only"] = doc["read_only"] == 1 ? "ON" : "OFF";
+    const bool read_only = doc["read_only"] == 1;
+    doc["read_only"] = read_only ? "ON" : "OFF";
     Json rep = nullptr;
     if (!replica.rows.empty()) {
         rep = Json::object();
@@ -499,6 +500,11 @@ Status run_status(MYSQL* conn, bool json) {
                 }
             }
         }
+    }
+    // A node that follows a primary, or is still meant to (read-only), is a
+    // replica; a promoted one keeps its stopped replication settings.
+    if (!rep.is_null() && (rep["Slave_IO_Running"] == "Yes" || rep["Slave_SQL_Running"] == "Yes" || read_only)) {
+        doc["role"] = "replica";
     }
     doc["replication"] = rep;
     Json semisync = Json::object();
