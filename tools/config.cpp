@@ -101,7 +101,11 @@ std::string key_text(const Table& t, const Json& row) {
     return out;
 }
 
-std::string read_all(const std::string& path, bool* ok) {
+std::string dump_text(const Json& doc) { return doc.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
+
+}  // namespace
+
+std::string read_input(const std::string& path, bool* ok) {
     std::stringstream ss;
     if (path == "-") {
         ss << std::cin.rdbuf();
@@ -113,10 +117,6 @@ std::string read_all(const std::string& path, bool* ok) {
     }
     return ss.str();
 }
-
-std::string dump_text(const Json& doc) { return doc.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
-
-}  // namespace
 
 Status read_schema(MYSQL* conn, Schema* schema) {
     Rows cols;
@@ -167,7 +167,7 @@ Status export_all(MYSQL* conn, Json* doc) {
 
 Status load_document(const std::string& path, const Schema& schema, Json* doc) {
     bool readable = false;
-    const std::string text = read_all(path, &readable);
+    const std::string text = read_input(path, &readable);
     if (!readable) {
         return Status::fail(2, "cannot read " + path);
     }

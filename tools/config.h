@@ -34,6 +34,9 @@ struct Status {
     static Status fail(int code, std::string reason) { return {code, std::move(reason)}; }
 };
 
+// The whole of FILE, or of standard input for "-"; *ok false when unreadable.
+std::string read_input(const std::string& path, bool* ok);
+
 Status read_schema(MYSQL* conn, Schema* schema);
 // Every row of every table, rows ordered by primary key, SQL NULL as null.
 Status export_all(MYSQL* conn, Json* doc);

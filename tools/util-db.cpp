@@ -7,7 +7,6 @@
 // differences, check finds dangling references or an operation fails; 2 a
 // usage error; 3 the database cannot be reached.
 #include <dlfcn.h>
-#include <errno.h>
 #include <stdarg.h>
 #include <syslog.h>
 
@@ -152,10 +151,12 @@ int run_list(const std::string& word, bool json) {
         return t;
     };
     cli::Value out = cli::Value::array();
+    size_t shown = 0;
     for (const cli::Entry& e : cli::functions()) {
         if (!word.empty() && lower(e.name + " " + e.description).find(lower(word)) == std::string::npos) {
             continue;
         }
+        ++shown;
         if (json) {
             out.push_back({{"name", e.name}, {"signature", e.signature}, {"description", e.description}});
         } else {
@@ -165,7 +166,11 @@ int run_list(const std::string& word, bool json) {
     if (json) {
         printf("%s\n", out.dump(2).c_str());
     }
-    return out.empty() && json && !word.empty() ? kFailed : kOk;
+    if (shown == 0) {
+        fprintf(stderr, "util-db: no function matches '%s'\n", word.c_str());
+        return kFailed;
+    }
+    return kOk;
 }
 
 int run_export(Session& s, const std::string& output) {
@@ -232,16 +237,11 @@ bool split_words(const std::string& line, std::vector<std::string>* words) {
 int run_words(Session& s, std::vector<std::string> words, bool in_batch, bool json);
 
 int run_batch(Session& s, const std::string& path, bool atomic, bool json) {
-    std::stringstream ss;
-    if (path == "-") {
-        ss << std::cin.rdbuf();
-    } else {
-        std::ifstream in(path);
-        if (!in) {
-            fprintf(stderr, "util-db: cannot read %s\n", path.c_str());
-            return kUsage;
-        }
-        ss << in.rdbuf();
+    bool readable = false;
+    std::stringstream ss(config::read_input(path, &readable));
+    if (!readable) {
+        fprintf(stderr, "util-db: cannot read %s\n", path.c_str());
+        return kUsage;
     }
     if (!s.connect()) {
         return kUnreachable;
