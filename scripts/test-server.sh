@@ -7,7 +7,8 @@
 #   test-server.sh env DIR      print the shell lines that point a client at it
 #   test-server.sh status DIR   say whether it runs, and where
 #   test-server.sh reset DIR    load the reference schema again (all data is lost)
-# The port, socket and pid file live in DIR/server.env.
+# The port, socket and pid file live in DIR/server.env. UTIL_DB_SERVER_ARGS adds
+# options to the server's command line (scripts/ha.sh starts replicating pairs).
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -55,7 +56,7 @@ do_start() {
     "$MYSQLD" --no-defaults --user=root --datadir="$data" --socket="$sock" --port="$port" \
       --bind-address=127.0.0.1 --pid-file="$pidf" --log-error="$dir/error.log" \
       --skip-name-resolve=0 --innodb-buffer-pool-size=64M --innodb-log-file-size=16M \
-      --max-connections=500 --general-log=1 --general-log-file="$dir/general.log" >/dev/null 2>&1 &
+      --max-connections=500 --general-log=1 --general-log-file="$dir/general.log" ${UTIL_DB_SERVER_ARGS:-} >/dev/null 2>&1 &
     local i
     for i in $(seq 1 300); do
       "$ADMIN" --no-defaults --socket="$sock" -uroot ${fresh:+} ping >/dev/null 2>&1 && break
