@@ -35,12 +35,13 @@ save_state() { printf 'PRIMARY=%s\nREPLICA=%s\nFENCED=%s\n' "$PRIMARY" "$REPLICA
 now_ms() { date +%s%3N; }
 
 # Starts node $1 (server id $2) unless it runs; only the primary starts writable.
+# A new pair's primary waits for its replica only once the replica follows it.
 start_node() {
   local args="--server-id=$2 --log-bin=mysql-bin --log-slave-updates --binlog-format=ROW --sync-binlog=1
     --gtid-strict-mode=1 --rpl-semi-sync-slave-enabled=1 --rpl-semi-sync-master-timeout=$semi_timeout_ms
     --rpl-semi-sync-master-wait-point=AFTER_SYNC"
   if [ "$1" = "$PRIMARY" ]; then
-    [ -n "$REPLICA" ] && args="$args --rpl-semi-sync-master-enabled=1"
+    [ -n "$REPLICA" ] && [ "$fresh" = 0 ] && args="$args --rpl-semi-sync-master-enabled=1"
   else
     args="$args --read-only=1"
     [ "$1" = "$FENCED" ] && args="$args --skip-slave-start"
@@ -63,10 +64,12 @@ join_pair() {
     REVOKE READ_ONLY ADMIN ON *.* FROM 'root'@'localhost', 'root'@'127.0.0.1';"
   as_root "$REPLICA" "CHANGE MASTER TO MASTER_HOST='127.0.0.1', MASTER_PORT=$(port "$PRIMARY"), MASTER_USER='repl',
     MASTER_PASSWORD='582914', MASTER_USE_GTID=slave_pos, MASTER_CONNECT_RETRY=1; START SLAVE;"
+  sql "$PRIMARY" "SET GLOBAL rpl_semi_sync_master_enabled=ON"
 }
 
 do_start() {
-  local fresh=0 n
+  local n
+  fresh=0
   if [ ! -f "$state" ]; then
     mkdir -p "$dir"; fresh=1
     PRIMARY=a REPLICA=b FENCED=
