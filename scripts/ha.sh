@@ -1,20 +1,24 @@
 #!/usr/bin/env bash
 # An active/standby pair of private MariaDB servers on loopback, as two
 # appliances would run it: the primary holds the configuration, the replica
-# follows it by GTID replication, semi-synchronously, and refuses writes.
-#   ha.sh start [DIR]     create (first time) and start the pair; prints PRIMARY_PORT=N and REPLICA_PORT=M
+# follows it by GTID replication, semi-synchronously, and refuses writes; the
+# pair's service address (a loopback forwarder, as a virtual IP would be)
+# leads to the primary.
+#   ha.sh start [DIR]     create (first time) and start the pair; prints PRIMARY_PORT=N,
+#                         REPLICA_PORT=M and SERVICE_PORT=S on lines of their own
 #   ha.sh status [DIR]    each node's role, port, read_only, GTID position, replication threads and lag
 #   ha.sh failover [DIR]  end the primary as a crash would (kill -9), let the replica apply all it
-#                         received, promote it; prints PRIMARY_PORT=M
-#   ha.sh stop [DIR]      stop both servers by their pids and remove DIR
-# DIR defaults to build/ha. DIR/pair.env names the nodes' roles (PRIMARY, REPLICA, FENCED); the
-# nodes live in DIR/a and DIR/b (scripts/test-server.sh folders). Only the node named PRIMARY ever
-# starts writable: a failover names the old primary FENCED before it promotes the replica, and a
-# fenced node starts read-only and replicates from nobody.
+#                         received, promote it, move the service address to it; prints PRIMARY_PORT=M
+#   ha.sh stop [DIR]      stop both servers and the forwarder by their pids and remove DIR
+# DIR defaults to build/ha. DIR/pair.env names the nodes' roles (PRIMARY, REPLICA, FENCED) and the
+# service port; the nodes live in DIR/a and DIR/b (scripts/test-server.sh folders). Only the node
+# named PRIMARY ever starts writable: a failover names the old primary FENCED before it promotes the
+# replica, and a fenced node starts read-only and replicates from nobody.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$here")
+. "$here/ports.sh"
 usage="usage: ha.sh start|status|failover|stop [DIR]"
 cmd=${1:?$usage}
 dir=${2:-$root/build/ha}
@@ -28,10 +32,14 @@ sql() { client "$1" -N -B -e "$2"; }
 as_root() { admin=root sql "$@"; }
 port() { sed -n 's/^MYSQL_TCP_PORT=//p' "$dir/$1/server.env"; }
 pid() { cat "$dir/$1/mysqld.pid" 2>/dev/null || true; }
-alive() { local p; p=$(pid "$1"); [ -n "$p" ] && kill -0 "$p" 2>/dev/null; }
+# A killed server stays a zombie until its parent (init) reaps it; it holds no socket then.
+running() { kill -0 "$1" 2>/dev/null && ! grep -qs '^State:[[:space:]]*Z' "/proc/$1/status"; }
+alive() { local p; p=$(pid "$1"); [ -n "$p" ] && running "$p"; }
 slave_field() { client "$1" -e 'SHOW SLAVE STATUS\G' | sed -n "s/^ *$2: //p"; }
 load_state() { [ -f "$state" ] || die "no pair in $dir"; . "$state"; }
-save_state() { printf 'PRIMARY=%s\nREPLICA=%s\nFENCED=%s\n' "$PRIMARY" "$REPLICA" "$FENCED" >"$state"; }
+save_state() {
+  printf 'PRIMARY=%s\nREPLICA=%s\nFENCED=%s\nSERVICE_PORT=%s\n' "$PRIMARY" "$REPLICA" "$FENCED" "$SERVICE_PORT" >"$state"
+}
 now_ms() { date +%s%3N; }
 
 # Starts node $1 (server id $2) unless it runs; only the primary starts writable.
@@ -46,6 +54,7 @@ start_node() {
     args="$args --read-only=1"
     [ "$1" = "$FENCED" ] && args="$args --skip-slave-start"
   fi
+  alive "$1" || rm -f "$dir/$1/mysqld.pid"   # a crashed server's, or a zombie's
   mkdir -p "$dir/$1/tmp"
   TMPDIR="$dir/$1/tmp" UTIL_DB_SERVER_ARGS=$args "$here/test-server.sh" start "$dir/$1" >/dev/null
 }
@@ -67,12 +76,33 @@ join_pair() {
   sql "$PRIMARY" "SET GLOBAL rpl_semi_sync_master_enabled=ON"
 }
 
+# The service address: a forwarder from SERVICE_PORT to the primary.
+start_service() {
+  local p i
+  p=$(cat "$dir/service.pid" 2>/dev/null || true)
+  [ -n "$p" ] && running "$p" && return 0
+  socat "TCP-LISTEN:$SERVICE_PORT,bind=127.0.0.1,reuseaddr,fork" "TCP:127.0.0.1:$(port "$PRIMARY")" \
+    </dev/null >/dev/null 2>&1 &
+  echo $! >"$dir/service.pid"
+  for i in $(seq 1 100); do port_free "$SERVICE_PORT" || return 0; sleep 0.05; done
+  die "the service address 127.0.0.1:$SERVICE_PORT did not open"
+}
+
+stop_service() {
+  local p
+  p=$(cat "$dir/service.pid" 2>/dev/null || true)
+  [ -n "$p" ] || return 0
+  kill "$p" 2>/dev/null || true
+  while running "$p"; do sleep 0.01; done
+  rm -f "$dir/service.pid"
+}
+
 do_start() {
   local n
   fresh=0
   if [ ! -f "$state" ]; then
     mkdir -p "$dir"; fresh=1
-    PRIMARY=a REPLICA=b FENCED=
+    PRIMARY=a REPLICA=b FENCED= SERVICE_PORT=$(pick_port)
     save_state
   fi
   load_state
@@ -88,13 +118,16 @@ do_start() {
     done
     [ "$n" -lt 100 ] || die "the replica did not join (see $dir/$REPLICA/error.log)"
   fi
+  start_service
   echo "PRIMARY_PORT=$(port "$PRIMARY")"
   [ -z "$REPLICA" ] || echo "REPLICA_PORT=$(port "$REPLICA")"
+  echo "SERVICE_PORT=$SERVICE_PORT"
 }
 
 do_status() {
   load_state
   local n role
+  echo "service port=$SERVICE_PORT -> $PRIMARY"
   for n in a b; do
     role=replica; [ "$n" = "$PRIMARY" ] && role=primary; [ "$n" = "$FENCED" ] && role=fenced
     if ! alive "$n"; then echo "$n $role port=$(port "$n") down"; continue; fi
@@ -119,7 +152,7 @@ do_failover() {
   local old=$PRIMARY new=$REPLICA t0 received waited p
   t0=$(now_ms)
   p=$(pid "$old")
-  if [ -n "$p" ]; then kill -9 "$p" 2>/dev/null || true; while kill -0 "$p" 2>/dev/null; do sleep 0.01; done; fi
+  if [ -n "$p" ]; then kill -9 "$p" 2>/dev/null || true; while running "$p"; do sleep 0.01; done; fi
   # From here on the old primary can only come back fenced.
   PRIMARY=$new REPLICA= FENCED=$old
   save_state
@@ -128,6 +161,8 @@ do_failover() {
   waited=$(sql "$new" "SELECT MASTER_GTID_WAIT('$received', 30)")
   [ "$waited" = 0 ] || die "$new did not apply $received within 30 s; not promoted"
   sql "$new" "STOP SLAVE; RESET SLAVE ALL; SET GLOBAL rpl_semi_sync_master_enabled=OFF; SET GLOBAL read_only=OFF;"
+  stop_service
+  start_service
   echo "ha.sh: $new promoted in $(( $(now_ms) - t0 )) ms, having applied ${received:-nothing}" >&2
   echo "PRIMARY_PORT=$(port "$new")"
 }
@@ -135,11 +170,12 @@ do_failover() {
 do_stop() {
   [ -f "$state" ] || return 0
   local n p i
+  stop_service
   for n in a b; do
     p=$(pid "$n")
-    [ -n "$p" ] && kill -0 "$p" 2>/dev/null || continue
-    kill "$p"
-    for i in $(seq 1 300); do kill -0 "$p" 2>/dev/null || break; sleep 0.1; done
+    [ -n "$p" ] && running "$p" || continue
+    kill "$p" 2>/dev/null || true
+    for i in $(seq 1 300); do running "$p" || break; sleep 0.1; done
     kill -9 "$p" 2>/dev/null || true
   done
   rm -rf "$dir"
