@@ -47,7 +47,7 @@ now_ms() { date +%s%3N; }
 start_node() {
   local args="--server-id=$2 --log-bin=mysql-bin --log-slave-updates --binlog-format=ROW --sync-binlog=1
     --gtid-strict-mode=1 --rpl-semi-sync-slave-enabled=1 --rpl-semi-sync-master-timeout=$semi_timeout_ms
-    --rpl-semi-sync-master-wait-point=AFTER_SYNC"
+    --rpl-semi-sync-master-wait-point=AFTER_SYNC --slave-parallel-threads=4 --slave-parallel-mode=optimistic"
   if [ "$1" = "$PRIMARY" ]; then
     [ -n "$REPLICA" ] && [ "$fresh" = 0 ] && args="$args --rpl-semi-sync-master-enabled=1"
   else
