@@ -116,7 +116,7 @@ void write_rows(Writer* w) {
     char name[64];
     while (!g_stop) {
         snprintf(name, sizeof name, "ha-%d-%d", w->id, w->next++);
-        const bool was_connected = (w->handle.flag & 1) != 0;
+        [[maybe_unused]] const bool was_connected = (w->handle.flag & 1) != 0;
         if (insertSecurityAreas(&w->handle, name) == 0) {
             w->acked.push_back(name);
             if (g_moved) {
@@ -129,7 +129,6 @@ void write_rows(Writer* w) {
 #ifdef UTIL_DB_SAFE
         // A statement that lost its server clears the connected bit itself.
         CHECK((w->handle.flag & 1) == 0, "writer %d: connected bit still set after a failed call", w->id);
-        (void)was_connected;
 #else
         // The bit stays set: every call fails until util_db_chkconnect clears it.
         if (was_connected) {
