@@ -83,8 +83,9 @@ start_service() {
   [ -n "$p" ] && running "$p" && return 0
   socat "TCP-LISTEN:$SERVICE_PORT,bind=127.0.0.1,reuseaddr,fork" "TCP:127.0.0.1:$(port "$PRIMARY")" \
     </dev/null >/dev/null 2>&1 &
-  echo $! >"$dir/service.pid"
-  for i in $(seq 1 100); do port_free "$SERVICE_PORT" || return 0; sleep 0.05; done
+  p=$!
+  echo "$p" >"$dir/service.pid"
+  for i in $(seq 1 100); do running "$p" || break; port_free "$SERVICE_PORT" || return 0; sleep 0.05; done
   die "the service address 127.0.0.1:$SERVICE_PORT did not open"
 }
 
@@ -102,7 +103,7 @@ do_start() {
   fresh=0
   if [ ! -f "$state" ]; then
     mkdir -p "$dir"; fresh=1
-    PRIMARY=a REPLICA=b FENCED= SERVICE_PORT=$(pick_port)
+    PRIMARY=a REPLICA=b FENCED= SERVICE_PORT=
     save_state
   fi
   load_state
@@ -110,7 +111,11 @@ do_start() {
   start_node b 2 & local jb=$!
   wait "$ja" || die "node a did not start (see $dir/a/error.log)"
   wait "$jb" || die "node b did not start (see $dir/b/error.log)"
-  [ "$fresh" = 1 ] && join_pair
+  if [ "$fresh" = 1 ]; then
+    join_pair
+    SERVICE_PORT=$(pick_port)   # picked once the nodes hold theirs
+    save_state
+  fi
   if [ -n "$REPLICA" ]; then
     for n in $(seq 1 100); do
       [ "$(sql "$PRIMARY" "SHOW STATUS LIKE 'Rpl_semi_sync_master_clients'" | cut -f2)" = 1 ] && break

@@ -3,7 +3,8 @@
 // Threads write through the library to the primary; every acknowledged row is
 // on the standby; a write that reaches the standby fails cleanly; the primary
 // is killed and the standby promoted; the writes go on, and the promoted node
-// holds every write that was ever acknowledged. Prints its figures.
+// holds every write that was ever acknowledged, and the old primary comes back
+// read-only. Prints its figures.
 //
 // The client library reads MYSQL_TCP_PORT once per process, so a process
 // cannot follow the primary by port: the writers reach the pair through its
@@ -260,6 +261,10 @@ int main(int argc, char** argv) {
     size_t total = 0;
     int lost = missing_on(promoted, writers, &total);
     CHECK(lost == 0, "%d acknowledged writes lost in the failover", lost);
+
+    // The old primary comes back fenced: read-only, following nobody.
+    ha("start");
+    CHECK(value(primary, "select @@read_only") == "1", "the old primary came back writable");
 
     printf("ha_pair: %zu writers: %zu writes acknowledged before the failover, %zu in all, %d lost\n",
            writers.size(), before, total, lost);
