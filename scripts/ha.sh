@@ -154,21 +154,24 @@ do_failover() {
   load_state
   [ -n "$REPLICA" ] || die "no replica to promote"
   alive "$REPLICA" || die "the replica $REPLICA is down"
-  local old=$PRIMARY new=$REPLICA t0 received waited p
+  local old=$PRIMARY new=$REPLICA t0 t1 t2 received waited p
   t0=$(now_ms)
   p=$(pid "$old")
   if [ -n "$p" ]; then kill -9 "$p" 2>/dev/null || true; while running "$p"; do sleep 0.01; done; fi
   # From here on the old primary can only come back fenced.
   PRIMARY=$new REPLICA= FENCED=$old
   save_state
+  t1=$(now_ms)
   sql "$new" 'STOP SLAVE IO_THREAD'
   received=$(slave_field "$new" Gtid_IO_Pos)
   waited=$(sql "$new" "SELECT MASTER_GTID_WAIT('$received', 30)")
   [ "$waited" = 0 ] || die "$new did not apply $received within 30 s; not promoted"
+  t2=$(now_ms)
   sql "$new" "STOP SLAVE; RESET SLAVE ALL; SET GLOBAL rpl_semi_sync_master_enabled=OFF; SET GLOBAL read_only=OFF;"
   stop_service
   start_service
-  echo "ha.sh: $new promoted in $(( $(now_ms) - t0 )) ms, having applied ${received:-nothing}" >&2
+  echo "ha.sh: $new promoted in $(( $(now_ms) - t0 )) ms (old primary gone after $(( t1 - t0 )) ms," \
+    "all received applied after $(( t2 - t0 )) ms: ${received:-nothing})" >&2
   echo "PRIMARY_PORT=$(port "$new")"
 }
 

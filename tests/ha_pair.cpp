@@ -110,8 +110,6 @@ struct Writer {
 
 std::atomic<bool> g_stop{false};
 std::atomic<bool> g_moved{false};    // the service address leads to the promoted node
-std::atomic<long> g_resumed_ms{-1};  // kill to the first acknowledged write after it
-Clock::time_point g_kill;
 
 void write_rows(Writer* w) {
     char name[64];
@@ -120,11 +118,7 @@ void write_rows(Writer* w) {
         [[maybe_unused]] const bool was_connected = (w->handle.flag & 1) != 0;
         if (insertSecurityAreas(&w->handle, name) == 0) {
             w->acked.push_back(name);
-            if (g_moved) {
-                long none = -1;
-                g_resumed_ms.compare_exchange_strong(none, since_ms(g_kill));
-                ++w->acked_after_failover;
-            }
+            w->acked_after_failover += g_moved ? 1 : 0;
             continue;
         }
 #ifdef UTIL_DB_SAFE
@@ -246,9 +240,9 @@ int main(int argc, char** argv) {
                              "information_schema.global_status where variable_name in "
                              "('RPL_SEMI_SYNC_MASTER_NO_TX', 'RPL_SEMI_SYNC_MASTER_STATUS')") == "0,ON",
               "commits were acknowledged without the standby");
-        g_kill = Clock::now();
+        Clock::time_point kill = Clock::now();
         promoted = atoi(ha("failover")["PRIMARY_PORT"].c_str());
-        promote_ms = since_ms(g_kill);
+        promote_ms = since_ms(kill);
         g_moved = true;
         std::this_thread::sleep_for(milliseconds(2000));
     });
@@ -269,7 +263,6 @@ int main(int argc, char** argv) {
     printf("ha_pair: %zu writers: %zu writes acknowledged before the failover, %zu in all, %d lost\n",
            writers.size(), before, total, lost);
     printf("ha_pair: the standby had applied the last acknowledged write %ld ms later\n", lag_ms);
-    printf("ha_pair: kill to promoted: %ld ms; kill to the first write on the promoted node: %ld ms\n", promote_ms,
-           g_resumed_ms.load());
+    printf("ha_pair: kill to promoted (and the service address moved): %ld ms\n", promote_ms);
     return g_failures == 0 ? 0 : 1;
 }
