@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(build-essential g++ cmake ninja-build pkg-config binutils file dpkg-dev
           libgtest-dev mariadb-server mariadb-client libmariadb-dev libmariadb-dev-compat
           clang libclang-rt-14-dev gcovr valgrind
-          nlohmann-json3-dev libcli11-dev lintian)
+          nlohmann-json3-dev libcli11-dev lintian socat)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -7,7 +7,8 @@
 #   test-server.sh env DIR      print the shell lines that point a client at it
 #   test-server.sh status DIR   say whether it runs, and where
 #   test-server.sh reset DIR    load the reference schema again (all data is lost)
-# The port, socket and pid file live in DIR/server.env.
+# The port, socket and pid file live in DIR/server.env. UTIL_DB_SERVER_ARGS adds
+# options to the server's command line (scripts/ha.sh starts replicating pairs).
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -27,16 +28,7 @@ INSTALL_DB=$(find_bin mariadb-install-db mysql_install_db)
 CLIENT=$(find_bin mariadb mysql)
 ADMIN=$(find_bin mariadb-admin mysqladmin)
 
-port_free() { ! (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
-
-pick_port() {
-  local p i
-  for i in $(seq 1 200); do
-    p=$(( 20000 + (RANDOM * 32768 + RANDOM) % 40000 ))
-    port_free "$p" && { echo "$p"; return; }
-  done
-  echo "no free port" >&2; exit 1
-}
+. "$here/ports.sh"
 
 running() { [ -f "$pidf" ] && kill -0 "$(cat "$pidf")" 2>/dev/null; }
 
@@ -55,7 +47,7 @@ do_start() {
     "$MYSQLD" --no-defaults --user=root --datadir="$data" --socket="$sock" --port="$port" \
       --bind-address=127.0.0.1 --pid-file="$pidf" --log-error="$dir/error.log" \
       --skip-name-resolve=0 --innodb-buffer-pool-size=64M --innodb-log-file-size=16M \
-      --max-connections=500 --general-log=1 --general-log-file="$dir/general.log" >/dev/null 2>&1 &
+      --max-connections=500 --general-log=1 --general-log-file="$dir/general.log" ${UTIL_DB_SERVER_ARGS:-} >/dev/null 2>&1 &
     local i
     for i in $(seq 1 300); do
       "$ADMIN" --no-defaults --socket="$sock" -uroot ${fresh:+} ping >/dev/null 2>&1 && break
