@@ -224,12 +224,12 @@ void StatementBase::put_value(const char* value) {
         from = pattern;
     }
     char escaped[4 * kMaxStatementSize + 1];
-    const long written = util_db_escape(handle_, escaped, from, length);
+    const long written = bound_ ? util_db_escape(handle_, escaped, from, length) : -1;
     if (written == -2) {
         /* No usable handle: nothing will be sent, the statement layer says why. */
         out_.write(value, n);
     } else if (written < 0) {
-        refuse(Refusal::Logged); /* the failed connect is logged */
+        refuse(Refusal::Logged); /* the failed connect is logged (or there is no handle) */
     } else {
         out_.write(escaped, static_cast<size_t>(written));
     }

@@ -167,8 +167,8 @@ public:
     void refuse_logged() const;
 
 protected:
-    StatementBase(char* buf, size_t capacity, db_handle_t* handle, StatementBase* owner)
-        : buf_(buf), cap_(capacity), handle_(handle), owner_(owner), out_(buf, capacity) {
+    StatementBase(char* buf, size_t capacity, db_handle_t* handle, StatementBase* owner, bool bound = true)
+        : buf_(buf), cap_(capacity), handle_(handle), owner_(owner), out_(buf, capacity), bound_(bound) {
         buf_[0] = '\0';
     }
 
@@ -190,6 +190,7 @@ private:
     db_handle_t* handle_;
     StatementBase* owner_;
     Appender out_;
+    bool bound_;          /* made for a handle (else for no statement that is sent) */
     Refusal refusal_ = Refusal::None;
     bool quoted_ = false; /* the literal text so far leaves a quote open */
     bool like_ = false;   /* ... and that quote opened a like pattern */
@@ -212,6 +213,9 @@ public:
      * ever read or sent. */
     explicit BasicStatement(db_handle_t* handle)
         : StatementBase(StatementStorage<N>::storage_, N, handle, nullptr) {}
+    /* A statement bound to no handle: the safe profile refuses any quoted
+     * value in it that would need escaping. */
+    BasicStatement() : StatementBase(StatementStorage<N>::storage_, N, nullptr, nullptr, false) {}
     /* A part of `owner` (formatted on its own, then placed into the owner as
      * the library's own text): it shares the owner's handle, and a refusal of
      * the part refuses the owner. */
