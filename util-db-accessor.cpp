@@ -1,7 +1,6 @@
 #include "util-db-accessor.h"
 
 #include <stdlib.h>
-#include <strings.h>
 
 namespace util_db {
 
@@ -141,12 +140,9 @@ int StatementBase::put(const char* fmt, va_list ap) {
         }
         put_text(p, static_cast<size_t>(pct - p));
         switch (pct[1]) {
-            case 'd': {
-                char number[16];
-                const int n = snprintf(number, sizeof number, "%d", va_arg(ap, int));
-                out_.write(number, static_cast<size_t>(n));
+            case 'd':
+                put_int(va_arg(ap, int));
                 break;
-            }
             case 's':
                 put_value(va_arg(ap, const char*));
                 break;
@@ -183,13 +179,32 @@ void StatementBase::put_text(const char* s, size_t n) {
     }
 }
 
+/* %d as printf writes it. */
+void StatementBase::put_int(int value) {
+    char digits_[12];
+    char* p = digits_ + sizeof digits_;
+    unsigned int u = value < 0 ? 0u - static_cast<unsigned int>(value) : static_cast<unsigned int>(value);
+    do {
+        *--p = static_cast<char>('0' + u % 10);
+        u /= 10;
+    } while (u != 0);
+    if (value < 0) {
+        *--p = '-';
+    }
+    out_.write(p, static_cast<size_t>(digits_ + sizeof digits_ - p));
+}
+
 /* Whether the text so far ends with the keyword like (and blanks). */
 bool StatementBase::like_pattern_opens() const {
     size_t i = out_.cursor() < cap_ ? out_.cursor() : cap_ - 1;
     while (i > 0 && buf_[i - 1] == ' ') {
         --i;
     }
-    return i >= 4 && strncasecmp(buf_ + i - 4, "like", 4) == 0 && (i == 4 || !is_word_char(buf_[i - 5]));
+    if (i < 4 || (i > 4 && is_word_char(buf_[i - 5]))) {
+        return false;
+    }
+    const char* w = buf_ + i - 4;
+    return (w[0] | 0x20) == 'l' && (w[1] | 0x20) == 'i' && (w[2] | 0x20) == 'k' && (w[3] | 0x20) == 'e';
 }
 
 /* A %s value: as it is outside quotes; inside quotes escaped for the

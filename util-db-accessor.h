@@ -182,6 +182,7 @@ private:
     int put(const char* fmt, va_list ap);
     void put_text(const char* s, size_t n);
     void put_value(const char* value);
+    void put_int(int value);
     bool like_pattern_opens() const;
 #endif
 
