@@ -125,7 +125,12 @@ int StatementBase::vformat(const char* fmt, va_list ap) {
 
 int StatementBase::vappend(const char* fmt, va_list ap) { return put(fmt, ap); }
 
-void StatementBase::text(const char* piece) { put_text(piece, strlen(piece)); }
+void StatementBase::text(const char* piece) {
+    put_text(piece, strlen(piece));
+    if (out_.cut()) {
+        refuse(Refusal::TooLong);
+    }
+}
 
 /* The formatter of the safe profile: %d, %s and %% as printf writes them, %s
  * values between quotes escaped. Returns the length of the piece. */

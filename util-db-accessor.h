@@ -155,10 +155,8 @@ public:
     }
 
     const char* c_str() const { return buf_; }
-    char* data() { return buf_; }
     bool empty() const { return buf_[0] == '\0'; }
     size_t cursor() const { return out_.cursor(); }
-    size_t size() const { return cap_; }
     db_handle_t* handle() const { return handle_; }
 
     /* Safe profile: whether the statement must not be sent; refuse_logged()
@@ -355,7 +353,11 @@ MYSQL_ROW first_row(db_handle_t* handle, const char* sql, Result& res, const Row
 
 inline MYSQL_ROW first_row(db_handle_t* handle, const StatementBase& sql, Result& res, const RowMessages& msgs,
                            Need need = Need::Row) {
-    return sendable(sql) ? first_row(handle, sql.c_str(), res, msgs, need) : NULL;
+    if (!sendable(sql)) {
+        res.reset();
+        return NULL;
+    }
+    return first_row(handle, sql.c_str(), res, msgs, need);
 }
 
 /* atoi of the first cell of the first row, or -1 (first_row's failures). */

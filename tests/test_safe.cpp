@@ -199,21 +199,35 @@ TEST_F(SafeTest, CleanValuesGiveTheDefaultStatement) {
 }
 
 TEST_F(SafeTest, StatementTooLongIsNotSent) {
-    // "delete from Assets where name = '%s';": 35 characters besides the value.
-    const std::string fits(1023 - 35, 'n'), over(1024 - 35, 'n'), quotes(600, '\'');
-    ASSERT_EQ(deleteAssetByName(&h, W(fits)), 0);
-    ASSERT_EQ(sent().size(), 1u);
-    EXPECT_EQ(sent()[0].size(), 1023u);
-    for (const std::string& v : {over, quotes}) {
+    // A formatted statement, and one whose last constant piece is what no
+    // longer fits; each with the characters it has besides the value.
+    const struct {
+        const char* name;
+        std::function<int(db_handle_t*, char*)> call;
+        size_t rest;
+    } cases[] = {
+        {"delete from Assets where name = '%s';", [](db_handle_t* h, char* v) { return deleteAssetByName(h, v); }, 35},
+        {"insert into RouteDatas (destIpMask,gateWayNextJump,outInterfaceName) VALUES('%s','g','any');",
+         [](db_handle_t* h, char* v) { return insertRouteDatasgateInfo(h, v, "g", nullptr, 0, 0); }, 90},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string fits(1023 - c.rest, 'n'), over(1024 - c.rest, 'n'), quotes(600, '\'');
         clear();
-        const int r = deleteAssetByName(&h, W(v));
-        if (kSafe) {
-            EXPECT_EQ(r, -1);
-            EXPECT_TRUE(sent().empty());
-            EXPECT_EQ(texts(3), (std::vector<std::string>{"Statement too long for its buffer, not sent\n"}));
-        } else {
-            ASSERT_EQ(sent().size(), 1u);  // the default sends it as it is, cut
-            EXPECT_EQ(sent()[0].size(), std::min<size_t>(35 + v.size(), 1023));
+        c.call(&h, W(fits));  // sent whole (the server may still refuse so long a value)
+        ASSERT_EQ(sent().size(), 1u);
+        EXPECT_EQ(sent()[0].size(), 1023u);
+        for (const std::string& v : {over, quotes}) {
+            clear();
+            const int r = c.call(&h, W(v));
+            if (kSafe) {
+                EXPECT_EQ(r, -1);
+                EXPECT_TRUE(sent().empty());
+                EXPECT_EQ(texts(3), (std::vector<std::string>{"Statement too long for its buffer, not sent\n"}));
+            } else {
+                ASSERT_EQ(sent().size(), 1u);  // the default sends it as it is, cut
+                EXPECT_EQ(sent()[0].size(), std::min<size_t>(c.rest + v.size(), 1023));
+            }
         }
     }
 }
