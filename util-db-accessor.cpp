@@ -186,8 +186,8 @@ void StatementBase::put_text(const char* s, size_t n) {
 
 /* %d as printf writes it. */
 void StatementBase::put_int(int value) {
-    char digits_[12];
-    char* p = digits_ + sizeof digits_;
+    char text[12];
+    char* p = text + sizeof text;
     unsigned int u = value < 0 ? 0u - static_cast<unsigned int>(value) : static_cast<unsigned int>(value);
     do {
         *--p = static_cast<char>('0' + u % 10);
@@ -196,7 +196,7 @@ void StatementBase::put_int(int value) {
     if (value < 0) {
         *--p = '-';
     }
-    out_.write(p, static_cast<size_t>(digits_ + sizeof digits_ - p));
+    out_.write(p, static_cast<size_t>(text + sizeof text - p));
 }
 
 /* Whether the text so far ends with the keyword like (and blanks). */
