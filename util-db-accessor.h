@@ -57,8 +57,10 @@ public:
     int vappend(const char* fmt, va_list ap) __attribute__((format(printf, 2, 0))) { return put(fmt, ap); }
 
     /* A constant piece, with append's cut and cursor rules, without the formatter. */
-    void text(const char* piece) {
-        const size_t n = strlen(piece);
+    void text(const char* piece) { write(piece, strlen(piece)); }
+
+    /* The first n characters of piece, as text() writes a piece. */
+    void write(const char* piece, size_t n) {
         if (cursor_ < cap_) {
             const size_t room = cap_ - cursor_ - 1;
             const size_t copied = n < room ? n : room;
@@ -88,53 +90,137 @@ private:
     size_t cursor_;
 };
 
-/* A statement buffer of N bytes (1024 for every table function). */
-template <size_t N>
-class BasicStatement {
+#ifdef UTIL_DB_SAFE
+constexpr bool kSafeProfile = true;
+#else
+constexpr bool kSafeProfile = false;
+#endif
+
+/* The largest statement buffer. */
+constexpr size_t kMaxStatementSize = 2048;
+
+/*
+ * A statement under construction in a fixed buffer, bound to the handle it
+ * will run on.
+ *
+ * Default profile: snprintf semantics (format() over the whole buffer,
+ * append() and text() at the cursor, an over-long statement is cut) and the
+ * values go in as they are.
+ *
+ * Safe profile: the same text for clean values, and three refusals. Every %s
+ * value that the literal text places between single quotes is escaped for the
+ * handle's connection (inside a like pattern, % and _ also match literally); a
+ * value passed through literal() must be one SQL literal; a statement that
+ * does not fit is not cut. A refused statement is never sent: run, store,
+ * first_row and the look-ups fail for it at once.
+ */
+class StatementBase {
 public:
-    static constexpr size_t kSize = N;
+    StatementBase(const StatementBase&) = delete;
+    StatementBase& operator=(const StatementBase&) = delete;
 
-    /* An empty statement. Only the terminator is written: every piece keeps
-     * the text terminated, and nothing past it is ever read or sent. */
-    BasicStatement() : out_(buf_, N) { buf_[0] = '\0'; }
-    BasicStatement(const BasicStatement&) = delete;
-    BasicStatement& operator=(const BasicStatement&) = delete;
-
-    /* snprintf(buf, N, fmt, ...) over the whole buffer. */
+    /* snprintf(buf, size, fmt, ...) over the whole buffer. */
     int format(const char* fmt, ...) __attribute__((format(printf, 2, 3))) {
         va_list ap;
         va_start(ap, fmt);
-        const int n = vsnprintf(buf_, N, fmt, ap);
+        const int n = vformat(fmt, ap);
         va_end(ap);
-        out_ = Appender(buf_, N, n > 0 ? static_cast<size_t>(n) : 0);
         return n;
     }
+    int vformat(const char* fmt, va_list ap) __attribute__((format(printf, 2, 0)));
 
     /* The next piece at the cursor, bounded by the room left. */
     int append(const char* fmt, ...) __attribute__((format(printf, 2, 3))) {
         va_list ap;
         va_start(ap, fmt);
-        const int n = out_.vappend(fmt, ap);
+        const int n = vappend(fmt, ap);
         va_end(ap);
         return n;
     }
-
-    void clear() {
-        buf_[0] = '\0';
-        out_ = Appender(buf_, N);
-    }
+    int vappend(const char* fmt, va_list ap) __attribute__((format(printf, 2, 0)));
 
     /* A constant piece: as append("%s", text), without the formatter. */
-    void text(const char* piece) { out_.text(piece); }
+    void text(const char* piece);
+
+    void clear();
+
+    /* A value that the statement places without quotes, given by the caller
+     * as SQL text. Safe profile: unless it is one literal (a number, or one
+     * quoted string), the statement is refused and the refusal logged. */
+    const char* literal(const char* value) {
+        if (kSafeProfile) {
+            check_literal(value);
+        }
+        return value;
+    }
 
     const char* c_str() const { return buf_; }
-    char* data() { return buf_; }
     bool empty() const { return buf_[0] == '\0'; }
     size_t cursor() const { return out_.cursor(); }
+    db_handle_t* handle() const { return handle_; }
+
+    /* Safe profile: whether the statement must not be sent; refuse_logged()
+     * says why on the log when the reason was not logged yet. */
+    bool refused() const { return kSafeProfile && refusal_ != Refusal::None; }
+    void refuse_logged() const;
+
+protected:
+    StatementBase(char* buf, size_t capacity, db_handle_t* handle, StatementBase* owner, bool bound = true)
+        : buf_(buf), cap_(capacity), handle_(handle), owner_(owner), out_(buf, capacity), bound_(bound) {
+        buf_[0] = '\0';
+    }
 
 private:
-    char buf_[N];
+    enum class Refusal { None, TooLong, Logged };
+
+    void refuse(Refusal why);
+    void check_literal(const char* value);
+    void reset_state();
+#ifdef UTIL_DB_SAFE
+    int put(const char* fmt, va_list ap);
+    void put_text(const char* s, size_t n);
+    void put_value(const char* value);
+    void put_int(int value);
+    bool like_pattern_opens() const;
+#endif
+
+    char* buf_;
+    size_t cap_;
+    db_handle_t* handle_;
+    StatementBase* owner_;
     Appender out_;
+    bool bound_;          /* made for a handle (else for no statement that is sent) */
+    Refusal refusal_ = Refusal::None;
+    bool quoted_ = false; /* the literal text so far leaves a quote open */
+    bool like_ = false;   /* ... and that quote opened a like pattern */
+};
+
+template <size_t N>
+struct StatementStorage {
+    char storage_[N];
+};
+
+/* A statement buffer of N bytes (1024 for every table function). */
+template <size_t N>
+class BasicStatement : private StatementStorage<N>, public StatementBase {
+public:
+    static constexpr size_t kSize = N;
+    static_assert(N <= kMaxStatementSize, "the safe profile escapes values up to kMaxStatementSize");
+
+    /* An empty statement that will run on `handle`. Only the terminator is
+     * written: every piece keeps the text terminated, and nothing past it is
+     * ever read or sent. */
+    explicit BasicStatement(db_handle_t* handle)
+        : StatementBase(StatementStorage<N>::storage_, N, handle, nullptr) {}
+    /* A statement bound to no handle: the safe profile refuses any quoted
+     * value in it that would need escaping. */
+    BasicStatement() : StatementBase(StatementStorage<N>::storage_, N, nullptr, nullptr, false) {}
+    /* A part of `owner` (formatted on its own, then placed into the owner as
+     * the library's own text): it shares the owner's handle, and a refusal of
+     * the part refuses the owner. */
+    template <size_t M>
+    explicit BasicStatement(BasicStatement<M>& owner)
+        : StatementBase(StatementStorage<N>::storage_, N, owner.handle(), &owner) {}
 };
 
 using Statement = BasicStatement<1024>;
@@ -174,6 +260,16 @@ public:
         }
     }
 
+    /* The result set that a function has always left unfreed on one path:
+     * given up as it is in the default profile, freed in the safe one. */
+    void abandon() {
+        if (kSafeProfile) {
+            reset();
+        } else {
+            release();
+        }
+    }
+
     /* Gives the result set up without freeing it. */
     MYSQL_RES* release() {
         MYSQL_RES* res = res_;
@@ -190,6 +286,20 @@ inline int run(db_handle_t* handle, const char* sql) {
     return db_query(handle, sql) == 0 ? 0 : -1;
 }
 
+/* Whether a statement may be sent; a refused one is logged and is not. */
+inline bool sendable(const StatementBase& sql) {
+    if (sql.refused()) {
+        sql.refuse_logged();
+        return false;
+    }
+    return true;
+}
+
+/* run, for a statement built in a StatementBase: -1 when it is refused. */
+inline int run(db_handle_t* handle, const StatementBase& sql) {
+    return sendable(sql) ? run(handle, sql.c_str()) : -1;
+}
+
 /* Formats a statement into a fresh 1024-byte buffer (cut silently when longer)
  * and runs it without rows: 0, or -1. */
 int run_format(db_handle_t* handle, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
@@ -202,6 +312,11 @@ inline const char* text_or_null(const char* s) { return s != nullptr ? s : "(nul
 /* Runs a statement with rows; the result is empty (false) on failure. */
 inline Result store(db_handle_t* handle, const char* sql) {
     return Result(db_store_result(handle, sql));
+}
+
+/* store, for a statement built in a StatementBase: empty when it is refused. */
+inline Result store(db_handle_t* handle, const StatementBase& sql) {
+    return sendable(sql) ? store(handle, sql.c_str()) : Result();
 }
 
 /* The two row messages of a function, logged at priority 3. */
@@ -236,14 +351,30 @@ inline void log_statement(Site site, int priority, const char* sql) {
 MYSQL_ROW first_row(db_handle_t* handle, const char* sql, Result& res, const RowMessages& msgs,
                     Need need = Need::Row);
 
+inline MYSQL_ROW first_row(db_handle_t* handle, const StatementBase& sql, Result& res, const RowMessages& msgs,
+                           Need need = Need::Row) {
+    if (!sendable(sql)) {
+        res.reset();
+        return NULL;
+    }
+    return first_row(handle, sql.c_str(), res, msgs, need);
+}
+
 /* atoi of the first cell of the first row, or -1 (first_row's failures). */
 int lookup_int(db_handle_t* handle, const char* sql, const RowMessages& msgs = kRowMessages);
+inline int lookup_int(db_handle_t* handle, const StatementBase& sql, const RowMessages& msgs = kRowMessages) {
+    return sendable(sql) ? lookup_int(handle, sql.c_str(), msgs) : -1;
+}
 
 /* Copies the first cell of the first row into out, whole and without a bound;
  * returns out, or NULL leaving out untouched (first_row's failures, and
  * without a message an SQL NULL cell or a NULL out). */
 char* lookup_string(db_handle_t* handle, const char* sql, char* out, const RowMessages& msgs,
                     Need need = Need::Row);
+inline char* lookup_string(db_handle_t* handle, const StatementBase& sql, char* out, const RowMessages& msgs,
+                           Need need = Need::Row) {
+    return sendable(sql) ? lookup_string(handle, sql.c_str(), out, msgs, need) : NULL;
+}
 
 /*
  * Logs a whole table: "select * from " followed by the table name (no
@@ -260,6 +391,17 @@ inline void copy_bounded(char* dst, const char* src, size_t capacity) {
     memcpy(dst, src, n);
     if (n < capacity) {
         memset(dst + n, 0, capacity - n);
+    }
+}
+
+/* A list record that a failed list read never linked: left allocated (with
+ * what it holds) in the default profile, freed with the list's own free
+ * function in the safe one. */
+template <typename Rec, typename Free>
+inline void drop_unlinked(Rec* rec, Free free_list) {
+    if (kSafeProfile && rec != NULL) {
+        rec->next = NULL;
+        free_list(rec);
     }
 }
 

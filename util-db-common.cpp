@@ -1,5 +1,8 @@
 #include "util-db-common.h"
 
+#include <errmsg.h>
+#include <mysqld_error.h>
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -72,11 +75,49 @@ bool ensure_connected(db_handle_t* handle) {
     return util_db_connect(handle) != NULL;
 }
 
+#ifdef UTIL_DB_SAFE
+/* Whether the client's last error says the connection itself is gone (the
+ * server restarted or went away, the connection was killed, the network
+ * failed or timed out). */
+bool connection_gone(db_fd_t* fd) {
+    switch (mysql_errno(fd)) {
+        case CR_SERVER_GONE_ERROR:
+        case CR_SERVER_LOST:
+        case CR_SERVER_LOST_EXTENDED:
+        case CR_CONNECTION_ERROR:
+        case CR_CONN_HOST_ERROR:
+        case ER_CONNECTION_KILLED:
+        case ER_SERVER_SHUTDOWN:
+        case ER_NET_READ_ERROR:
+        case ER_NET_READ_INTERRUPTED:
+        case ER_NET_ERROR_ON_WRITE:
+        case ER_NET_WRITE_INTERRUPTED:
+            return true;
+        default:
+            return false;
+    }
+}
+#endif
+
+/* A failed exchange: in the safe profile a connection that is gone marks the
+ * handle disconnected, so that its next statement reconnects (the failed
+ * statement itself is never sent again). */
+void note_failure(db_handle_t* handle) {
+#ifdef UTIL_DB_SAFE
+    if (connection_gone(fd_of(handle))) {
+        handle->flag &= ~kConnected;
+    }
+#else
+    (void)handle;
+#endif
+}
+
 /* Runs cmd under the held lock. Any result set the statement produced is
  * drained, so that the next statement on the handle is not out of sync. */
 int run_locked(db_handle_t* handle, const char* cmd, bool keep_rows) {
     db_fd_t* fd = fd_of(handle);
     if (mysql_query(fd, cmd) != 0) {
+        note_failure(handle);
         return -1;
     }
     if (!keep_rows && mysql_field_count(fd) != 0) {
@@ -85,7 +126,39 @@ int run_locked(db_handle_t* handle, const char* cmd, bool keep_rows) {
     return 0;
 }
 
+#ifdef UTIL_DB_SAFE
+/* The time-outs of util-db-common.h. */
+bool set_options(db_fd_t* fd) {
+    const unsigned int connect = UTIL_DB_CONNECT_TIMEOUT;
+    const unsigned int read = UTIL_DB_READ_TIMEOUT;
+    const unsigned int write = UTIL_DB_WRITE_TIMEOUT;
+    return mysql_options(fd, MYSQL_OPT_CONNECT_TIMEOUT, &connect) == 0 &&
+           mysql_options(fd, MYSQL_OPT_READ_TIMEOUT, &read) == 0 &&
+           mysql_options(fd, MYSQL_OPT_WRITE_TIMEOUT, &write) == 0;
+}
+#else
+/* Option 31 as the appliance has always set it (the client library's
+ * MYSQL_OPT_SSL_CRLPATH): in effect no connect time-out is set. */
+bool set_options(db_fd_t* fd) {
+    unsigned int uiTimeOut = 7;
+    return mysql_options(fd, static_cast<enum mysql_option>(31), &uiTimeOut) == 0;
+}
+#endif
+
 }  // namespace
+
+#ifdef UTIL_DB_SAFE
+long util_db_escape(db_handle_t* handle, char* to, const char* from, unsigned long length) {
+    if (!handle_usable(handle)) {
+        return -2;
+    }
+    HandleLock lock(handle);
+    if (!ensure_connected(handle)) {
+        return -1;
+    }
+    return static_cast<long>(mysql_real_escape_string(fd_of(handle), to, from, length));
+}
+#endif
 
 /* ---- Connection handle and lifecycle ---- */
 
@@ -127,7 +200,6 @@ db_fd_t* _db_init(db_fd_t* fd) {
 
 db_fd_t* _db_conn(db_fd_t* fd, const char* hostname, const char* username, const char* password,
                   const char* dbname) {
-    unsigned int uiTimeOut = 7;
     if (fd == NULL) {
         return NULL;
     }
@@ -135,9 +207,7 @@ db_fd_t* _db_conn(db_fd_t* fd, const char* hostname, const char* username, const
         UTIL_DB_LOG(7, "Invalid param\n");
         return NULL;
     }
-    /* Option 31 as the appliance has always set it (the client library's
-     * MYSQL_OPT_SSL_CRLPATH): in effect no connect time-out is set. */
-    if (mysql_options(fd, static_cast<enum mysql_option>(31), &uiTimeOut) != 0) {
+    if (!set_options(fd)) {
         UTIL_DB_LOG(3, "Fail to set data base options!\n");
         return NULL;
     }
@@ -250,6 +320,9 @@ void* db_store_result(db_handle_t* handle, const char* cmd) {
         return NULL;
     }
     db_res* res = mysql_store_result(fd_of(handle));
+    if (res == NULL) {
+        note_failure(handle);
+    }
     lock.unlock();
     if (res != NULL) {
         UTIL_DB_LOG(7, " End");

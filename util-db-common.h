@@ -21,6 +21,19 @@
  *  5. Every statement runs under the handle's recursive mutex; a handle
  *     marked disconnected is reconnected by its next statement. Handles are
  *     independent of each other; a multi-statement operation is not atomic.
+ *
+ * The safe profile (a build option; same names, records and headers) departs
+ * from 1, 3 and 5 where the default is hazardous:
+ *  - a string value placed between quotes is escaped for the connection
+ *    (character set, NO_BACKSLASH_ESCAPES); a value placed without quotes
+ *    must be one SQL literal; a statement that does not fit its buffer is
+ *    not sent. Each refusal fails the call and logs a priority-3 record.
+ *  - a statement that fails because the connection is gone marks the handle
+ *    disconnected, so the next statement reconnects; none is sent twice.
+ *  - the time-outs below bound every connect, read and write, so that a call
+ *    against a frozen or unreachable server fails within 15 seconds (a
+ *    reconnect inside the call included).
+ *  - result sets and partial lists are always freed.
  */
 #ifndef UTIL_DB_COMMON_H
 #define UTIL_DB_COMMON_H
@@ -35,6 +48,12 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* Safe profile: seconds allowed for a connect (the server's greeting
+ * included), and for each read and each write of a statement. */
+#define UTIL_DB_CONNECT_TIMEOUT 3
+#define UTIL_DB_READ_TIMEOUT 4
+#define UTIL_DB_WRITE_TIMEOUT 4
 
 /* The client library's connection object and result set. */
 typedef MYSQL db_fd_t;

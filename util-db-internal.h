@@ -27,6 +27,16 @@ int _db_field_val2str(struct db_field* row, char* p, int max_len);
 char* db_get_table(int table_id);
 struct table_field_help* db_get_help_info(int table_id);
 
+#ifdef UTIL_DB_SAFE
+/* Escapes `length` bytes of `from` into `to` (room for 2 * length + 1 bytes)
+ * for the handle's connection: its character set, and whether the server
+ * treats a backslash as an escape. A handle marked disconnected is connected
+ * first under its lock, as a statement would be. The escaped length; -1 when
+ * that connect fails; -2 for a handle that is not usable (NULL, or without its
+ * client object or mutex). */
+long util_db_escape(db_handle_t* handle, char* to, const char* from, unsigned long length);
+#endif
+
 /* Every heap block the library hands out or keeps comes from here. */
 void* util_db_malloc(size_t size);
 

@@ -23,10 +23,10 @@ int get_defend_switch_status(db_handle_t* connection, int attackType) {
     if (attackType < 0 || connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT switch from AntiAttacks where attackType = %d", attackType);
     Result res;
-    MYSQL_ROW row = util_db::first_row(connection, sql.c_str(), res, util_db::kRowMessages);
+    MYSQL_ROW row = util_db::first_row(connection, sql, res, util_db::kRowMessages);
     if (row == NULL) {
         return -1;
     }
@@ -38,27 +38,27 @@ int set_defend_switch_status(db_handle_t* connection, int attackType, int status
     if (attackType < 0 || connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("UPDATE AntiAttacks SET switch = %d WHERE attackType = %d", status, attackType);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int set_defend_switch_by_nameId(db_handle_t* connection, int attackNameId, int status, int threshold) {
     if (attackNameId < 0 || connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("UPDATE AntiAttacks SET enable = %d,attackValue = %d WHERE attackNameId =%d", status, threshold, attackNameId);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int get_defend_attack_rules(db_handle_t* connection, int attackType, attack_rule_t* rules) {
     if (attackType < 0 || rules == NULL || connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT attackNameId,enable,attackValue from AntiAttacks where attackType = %d", attackType);
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return -1;
     }

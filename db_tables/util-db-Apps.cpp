@@ -24,7 +24,7 @@ constexpr size_t kDescCapacity = 1024;  /* desc */
 /* Traces a change statement with this module's path and line of the call, then runs it. */
 int run_traced(db_handle_t* conn, const Statement& sql, Site site) {
     UTIL_DB_LOG_AT(site, 7, "mysql cmd: %s (%s:%d)\n", sql.c_str(), site.file, site.line);
-    return util_db::run(conn, sql.c_str());
+    return util_db::run(conn, sql);
 }
 
 /* The type and inherit values that count as given. */
@@ -81,10 +81,11 @@ bool fill_trait(db_trait_info* rec, MYSQL_ROW row, unsigned int n) {
  * filled. The first record becomes the head either as soon as it is allocated
  * (kHeadAtOnce) or, like the others, once filled. When a string buffer can't
  * be allocated, the list from the head is released and the record being
- * filled is dropped as it is (left allocated unless it already is the head).
+ * filled is dropped (left allocated unless it already is the head, or the
+ * profile frees it).
  */
 template <typename Rec, bool kHeadAtOnce, bool (*kFill)(Rec*, MYSQL_ROW, unsigned int), int (*kRelease)(Rec*)>
-Rec* read_list(db_handle_t* conn, const char* sql) {
+Rec* read_list(db_handle_t* conn, const util_db::StatementBase& sql) {
     Result res = util_db::store(conn, sql);
     if (!res || res.rows() == 0) {
         return NULL;
@@ -105,6 +106,9 @@ Rec* read_list(db_handle_t* conn, const char* sql) {
         }
         if (!kFill(rec, row, n)) {
             kRelease(head);
+            if (rec != head) {
+                util_db::drop_unlinked(rec, kRelease);
+            }
             return NULL;
         }
         if (head == NULL) {
@@ -125,8 +129,8 @@ int db_add_app(db_handle_t* conn, const db_app_info* info) {
     if (conn == NULL || info == NULL || info->pname == NULL) {
         return -1;
     }
-    Statement columns;
-    Statement values;
+    Statement columns(conn);
+    Statement values(columns);
     columns.format("insert into Apps(name, inherit");
     values.format("VALUES('%s', %d", info->pname, info->inherit);
     if (type_given(info->type)) {
@@ -157,7 +161,7 @@ int db_del_app_by_name(db_handle_t* conn, const char* name) {
     if (conn == NULL || name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("delete from Apps where name = '%s'", name);
     return run_traced(conn, sql, UTIL_DB_HERE);
 }
@@ -166,7 +170,7 @@ int db_update_app_by_name(db_handle_t* conn, const db_app_info* info) {
     if (conn == NULL || info == NULL || info->pname == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("update Apps set");
     bool any = false;
     /* Each clause after the first is preceded by a comma. */
@@ -225,17 +229,17 @@ db_app_info* db_get_app_info_by_name(db_handle_t* conn, const char* name) {
     if (conn == NULL || name == NULL) {
         return NULL;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("select * from Apps where name= '%s';", name);
-    return read_list<db_app_info, true, fill_app, db_free_app_info>(conn, sql.c_str());
+    return read_list<db_app_info, true, fill_app, db_free_app_info>(conn, sql);
 }
 
 int db_add_trait(db_handle_t* conn, const db_trait_info* info) {
     if (conn == NULL || info == NULL || info->appid < 1) {
         return -1;
     }
-    Statement columns;
-    Statement values;
+    Statement columns(conn);
+    Statement values(columns);
     columns.format("insert into Traits (appId");
     values.format("VALUES(%d", info->appid);
     if (info->toffset != NULL) {
@@ -260,7 +264,7 @@ int db_del_trait_by_appid(db_handle_t* conn, int appid) {
     if (conn == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("delete from Traits where appId = %d;", appid);
     return run_traced(conn, sql, UTIL_DB_HERE);
 }
@@ -269,7 +273,7 @@ int db_update_traitby_appid(db_handle_t* conn, const db_trait_info* info) {
     if (conn == NULL || info == NULL || info->appid == 0) {
         return -1;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("update Traits set");
     bool any = false;
     auto next = [&]() {
@@ -281,15 +285,15 @@ int db_update_traitby_appid(db_handle_t* conn, const db_trait_info* info) {
     /* The values are SQL as the caller wrote it: no quotes added. */
     if (info->toffset != NULL) {
         next();
-        sql.append(" toffset = %s", info->toffset);
+        sql.append(" toffset = %s", sql.literal(info->toffset));
     }
     if (info->trait != NULL) {
         next();
-        sql.append(" trait = %s", info->trait);
+        sql.append(" trait = %s", sql.literal(info->trait));
     }
     if (info->depth != NULL) {
         next();
-        sql.append(" depth = %s", info->depth);
+        sql.append(" depth = %s", sql.literal(info->depth));
     }
     sql.append(" where appId = %d;", info->appid);
     return run_traced(conn, sql, UTIL_DB_HERE);
@@ -314,9 +318,9 @@ db_trait_info* db_get_trait_info_by_appid(db_handle_t* conn, int appid) {
     if (conn == NULL || appid == 0) {
         return NULL;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("select * from Traits where appId = %d;", appid);
-    return read_list<db_trait_info, false, fill_trait, db_free_trait_info>(conn, sql.c_str());
+    return read_list<db_trait_info, false, fill_trait, db_free_trait_info>(conn, sql);
 }
 
 }  // extern "C"

@@ -20,25 +20,25 @@ char* selectSAnameByAssetname(db_handle_t* connection, char* name, char* ret_str
     if (connection == NULL || name == NULL) {
         return NULL;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select securityAreaName from Assets where name= '%s';", name);
-    return util_db::lookup_string(connection, sql.c_str(), ret_str, kLookupMessages);
+    return util_db::lookup_string(connection, sql, ret_str, kLookupMessages);
 }
 
 char* selectipAddressByAssetname(db_handle_t* connection, char* name, char* ret_str) {
     if (connection == NULL || name == NULL) {
         return NULL;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select ipAddress from Assets where name= '%s';", name);
-    return util_db::lookup_string(connection, sql.c_str(), ret_str, kLookupMessages);
+    return util_db::lookup_string(connection, sql, ret_str, kLookupMessages);
 }
 
 int deleteAssetByName(db_handle_t* connection, char* name) {
     if (connection == NULL || name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("delete from Assets where name = '%s';", name);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }

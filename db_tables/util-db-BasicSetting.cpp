@@ -26,12 +26,12 @@ int set_basic(db_handle_t* connection, const char* fmt, ...) {
     if (connection == NULL) {
         return -1;
     }
-    util_db::Statement sql;
+    util_db::Statement sql(connection);
     va_list ap;
     va_start(ap, fmt);
-    vsnprintf(sql.data(), util_db::Statement::kSize, fmt, ap);
+    sql.vformat(fmt, ap);
     va_end(ap);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 /* The protocol text of a protocol code: 1 "TCP", 2 "UDP", else NULL. */
@@ -92,10 +92,10 @@ int insertSyslogServerBasicSettings(db_handle_t* connection, const char* syslogI
         UTIL_DB_LOG(3, "%s", "error:insertSyslogServerBasicSettings\n");
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select syslogId from Syslogs                 where syslogIp = '%s' &&                syslogProtocol = '%s' &&                syslogPort = %d;",
                syslogIp, protocol, syslogPort);
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return -1;
     }
@@ -112,14 +112,14 @@ int insertSyslogServerBasicSettings(db_handle_t* connection, const char* syslogI
     /* A new server: its id is not read back, the insert answers 0. */
     sql.format("insert into Syslogs (syslogIp,syslogProtocol,syslogPort) VALUES('%s','%s',%d);",
                syslogIp, protocol, syslogPort);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deleteSyslogServerBasicSettings(db_handle_t* connection, const char* syslogIp, int sysProt, int syslogPort) {
     if (syslogIp == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     const char* protocol = protocol_text(sysProt);
     if (protocol != NULL) {
         /* Joined with "or": every server sharing the address, the protocol or
@@ -131,7 +131,7 @@ int deleteSyslogServerBasicSettings(db_handle_t* connection, const char* syslogI
     }
     /* An unknown protocol still hands over the empty buffer; the server
      * refuses it. A NULL connection is refused by db_query. */
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 }  // extern "C"

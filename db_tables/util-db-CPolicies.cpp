@@ -11,30 +11,30 @@ using util_db::Statement;
 extern "C" {
 
 int getPolicyIdByName(db_handle_t* connection, char* name) {
-    Statement sql;
+    Statement sql(connection);
     if (connection == NULL || name == NULL) {
         return -1;
     }
     sql.format("select policyId from CPolicies where name= '%s';", name);
-    return util_db::lookup_int(connection, sql.c_str());
+    return util_db::lookup_int(connection, sql);
 }
 
 int deletePolicyByName(db_handle_t* connection, char* name) {
-    Statement sql;
+    Statement sql(connection);
     if (connection == NULL || name == NULL) {
         return -1;
     }
     sql.format("delete from CPolicies where name = '%s';", name);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int getPolicyNumBySerAPPType(db_handle_t* connection) {
-    Statement sql;
+    Statement sql(connection);
     if (connection == NULL) {
         return -1;
     }
     sql.format("select policyId from CPolicies where serviceAppType=1;");
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return -1;
     }

@@ -30,7 +30,7 @@ enum class Lookup {
 
 /* Runs a look-up and takes its first row into *row. A failed fetch is
  * logged when log_fetch is set. The result set stays in res. */
-Lookup first_row(db_handle_t* connection, const char* sql, Result& res, MYSQL_ROW* row, bool log_fetch = true) {
+Lookup first_row(db_handle_t* connection, const util_db::StatementBase& sql, Result& res, MYSQL_ROW* row, bool log_fetch = true) {
     res = util_db::store(connection, sql);
     if (!res) {
         return Lookup::NoResult;
@@ -88,7 +88,7 @@ void fill_interface(asset_intface_t* e, MYSQL_ROW row) { copy_field(e->interface
  * for the array, nothing is stored and -1 is returned.
  */
 template <typename Elem, void (*kFill)(Elem*, MYSQL_ROW)>
-int read_array(db_handle_t* connection, const char* sql, Elem** out) {
+int read_array(db_handle_t* connection, const util_db::StatementBase& sql, Elem** out) {
     Result res = util_db::store(connection, sql);
     if (!res) {
         return -1;
@@ -122,20 +122,20 @@ int set_arpspoof_status(db_handle_t* connection, int type, int status) {
     if (connection == NULL || type < 0 || status < 0) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("UPDATE DpiSubscriptions SET subscriptionStatus = %d WHERE subscriptionType = %d;", status, type);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int get_arpspoof_status(db_handle_t* connection, int type) {
     if (connection == NULL || type < 0) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT subscriptionStatus from DpiSubscriptions where subscriptionType = %d;", type);
     Result res;
     MYSQL_ROW row = NULL;
-    if (first_row(connection, sql.c_str(), res, &row) != Lookup::Found) {
+    if (first_row(connection, sql, res, &row) != Lookup::Found) {
         return -1;
     }
     return cell_int(row[0]);
@@ -147,26 +147,26 @@ int set_ipmac_asset_status(db_handle_t* connection, const char* ip, const char* 
     if (connection == NULL || ip == NULL || mac == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT assetId from Assets WHERE ipAddress= '%s' AND macAddress = '%s';", ip, mac);
     Result res;
     MYSQL_ROW row = NULL;
-    if (first_row(connection, sql.c_str(), res, &row) != Lookup::Found) {
+    if (first_row(connection, sql, res, &row) != Lookup::Found) {
         return -1;
     }
     const int id = cell_int(row[0]);
     res.reset();
     sql.format("UPDATE AssetProperties SET assetPropertyIntValue=%d, assetPropertyStatus=0 WHERE assetId=%d AND assetPropertyType=%d;", action, id, type);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int get_ipmac_asset_info(db_handle_t* connection, int type, asset_info_t** asset_information) {
     if (connection == NULL || type < 0) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT at.ipAddress, at.macAddress FROM AssetProperties ap, Assets at WHERE ap.assetPropertyType=%d AND at.assetId=ap.assetId;", type);
-    return read_array<asset_info_t, fill_asset>(connection, sql.c_str(), asset_information);
+    return read_array<asset_info_t, fill_asset>(connection, sql, asset_information);
 }
 
 int ipmac_asset_free(db_handle_t* connection, asset_info_t* asset_information) {
@@ -179,9 +179,9 @@ int get_interfaces_by_devinfo(db_handle_t* connection, const char* ip, const cha
     if (connection == NULL || ip == NULL || mac == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT sf.interfaceName from Assets at, SecurityAreas sa, SecurityAreaInterfaces sf WHERE at.ipAddress='%s' AND at.macAddress='%s' AND at.securityAreaName=sa.name AND sa.enable=1 AND sa.securityAreaId=sf.securityAreaId;", ip, mac);
-    return read_array<asset_intface_t, fill_interface>(connection, sql.c_str(), ifnames);
+    return read_array<asset_intface_t, fill_interface>(connection, sql, ifnames);
 }
 
 int devinfo_interfaces_free(db_handle_t* connection, asset_intface_t* ifnames) {
@@ -196,13 +196,13 @@ int set_ipmac_asset_info(db_handle_t* connection, const char* ip, const char* ma
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     if (!format_address_lookup(sql, ip, mac)) {
         return -1;
     }
     Result res;
     MYSQL_ROW row = NULL;
-    const Lookup found = first_row(connection, sql.c_str(), res, &row);
+    const Lookup found = first_row(connection, sql, res, &row);
     if (found == Lookup::NoResult) {
         return -1;
     }
@@ -210,7 +210,7 @@ int set_ipmac_asset_info(db_handle_t* connection, const char* ip, const char* ma
         const int id = cell_int(row[0]);
         res.reset();
         sql.format("insert into AssetProperties(assetId,assetPropertyType,assetPropertyStatus,assetPropertyIntValue) VALUES (%d,%d,%d,%d);", id, type, status, value);
-        util_db::run(connection, sql.c_str());
+        util_db::run(connection, sql);
     }
     /* Once the look-up has run, the outcome is 0 whatever followed. */
     return 0;
@@ -220,7 +220,7 @@ int clear_asset_info(db_handle_t* connection, const char* ip, const char* mac, i
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     if (assetId >= 1) {
         sql.format("delete from AssetProperties where assetId = %d", assetId);
     } else {
@@ -229,7 +229,7 @@ int clear_asset_info(db_handle_t* connection, const char* ip, const char* mac, i
         }
         Result res;
         MYSQL_ROW row = NULL;
-        const Lookup found = first_row(connection, sql.c_str(), res, &row);
+        const Lookup found = first_row(connection, sql, res, &row);
         if (found == Lookup::NoResult) {
             return -1;
         }
@@ -242,18 +242,18 @@ int clear_asset_info(db_handle_t* connection, const char* ip, const char* mac, i
     if (sql.empty()) {
         return -1;
     }
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int get_mac_by_ip(db_handle_t* connection, const char* ip, char* mac) {
     if (connection == NULL || ip == NULL || mac == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("SELECT macAddress from Assets where ipAddress='%s';", ip);
     Result res;
     MYSQL_ROW row = NULL;
-    if (first_row(connection, sql.c_str(), res, &row, false) != Lookup::Found || row[0] == NULL) {
+    if (first_row(connection, sql, res, &row, false) != Lookup::Found || row[0] == NULL) {
         return -1;
     }
     strcpy(mac, row[0]);

@@ -110,9 +110,9 @@ int delete_interface(db_handle_t* connection, const char* interfaceName) {
 
 /* Writes a bridge's member list. */
 int write_member_list(db_handle_t* connection, const char* bridge, const char* list) {
-    ListStatement sql;
+    ListStatement sql(connection);
     sql.format("UPDATE NetInterfaces SET briInterfaceName = '%s' WHERE interfaceName = '%s'", list, bridge);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 /*
@@ -122,14 +122,14 @@ int write_member_list(db_handle_t* connection, const char* bridge, const char* l
  * otherwise `res` holds the list read.
  */
 bool read_member_list(db_handle_t* connection, const char* bridge, Result& res) {
-    ListStatement probe;
+    ListStatement probe(connection);
     probe.format("SELECT interfaceName from NetInterfaces WHERE interfaceName = '%s'", bridge);
-    if (!util_db::store(connection, probe.c_str())) {
+    if (!util_db::store(connection, probe)) {
         return false;
     }
-    ListStatement read;
+    ListStatement read(connection);
     read.format("SELECT briInterfaceName from NetInterfaces WHERE interfaceName = '%s'", bridge);
-    res = util_db::store(connection, read.c_str());
+    res = util_db::store(connection, read);
     return true;
 }
 
@@ -234,10 +234,10 @@ int checkIpmaskNetInterfaces(db_handle_t* connection, const char* interfaceName,
     if (connection == NULL || interfaceName == NULL || ipAddressMask == NULL) {
         return -1;
     }
-    util_db::Statement sql;
+    util_db::Statement sql(connection);
     sql.format("SELECT ipAddressMask from NetInterfaces WHERE interfaceName = '%s' and ipAddressMask '%s'",
                interfaceName, ipAddressMask);
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return 0;  // the statement cannot run: no match
     }
@@ -360,9 +360,9 @@ int db_check_if_by_name(db_handle_t* connection, struct _db_if_info* if_info) {
         UTIL_DB_LOG(3, "%s", "Ivalid param\n");
         return -1;
     }
-    util_db::Statement sql;
+    util_db::Statement sql(connection);
     sql.format("SELECT interfaceName from NetInterfaces where interfaceName = '%s'", name.get());
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return 0;
     }
@@ -497,9 +497,9 @@ int get_Bridge_info_iface(db_handle_t* connection, struct _db_if_info* if_info) 
     if (name.get() == NULL) {
         return -1;
     }
-    util_db::Statement sql;
+    util_db::Statement sql(connection);
     sql.format("SELECT interfaceName,briInterfaceName from NetInterfaces WHERE interfaceName = '%s'", name.get());
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return 0;
     }
@@ -697,10 +697,10 @@ int get_interface_connnection_status(db_handle_t* connection, const char* interf
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    util_db::Statement sql;
+    util_db::Statement sql(connection);
     sql.format("SELECT status from NetInterfaces where interfaceName = '%s'", interfaceName);
     Result res;
-    MYSQL_ROW row = util_db::first_row(connection, sql.c_str(), res, kRowMessages);
+    MYSQL_ROW row = util_db::first_row(connection, sql, res, kRowMessages);
     if (row == NULL) {
         return -1;
     }

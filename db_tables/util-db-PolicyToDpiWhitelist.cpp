@@ -18,7 +18,7 @@ int cell_int(const char* cell) { return cell != NULL ? atoi(cell) : 0; }
 
 /* The whitelist of the first row of a select, traced and as a number; -1
  * when there is no row. */
-int select_whitelist(db_handle_t* connection, const char* sql) {
+int select_whitelist(db_handle_t* connection, const util_db::StatementBase& sql) {
     Result res;
     MYSQL_ROW row = util_db::first_row(connection, sql, res, util_db::kRowMessages);
     if (row == NULL) {
@@ -36,18 +36,18 @@ int insertPolicyToDpiWhitelist(db_handle_t* connection, const char* signame, con
     if (connection == NULL || signame == NULL || whitelist == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("insert into PolicyToDpiWhitelist (signame,whitelist,sid) VALUES('%s','%s',%d);", signame, whitelist, sid);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deletePolicyToDpiWhitelistSid(db_handle_t* connection, int sid) {
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("delete from PolicyToDpiWhitelist where sid = %d", sid);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deletePolicyToDpiWhitelistAll(db_handle_t* connection) {
@@ -61,18 +61,18 @@ int selectPolicyToDpiWhitelistById(db_handle_t* connection, int id) {
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select whitelist from PolicyToDpiWhitelist where id= %d", id);
-    return select_whitelist(connection, sql.c_str());
+    return select_whitelist(connection, sql);
 }
 
 int selectPolicyToDpiWhitelistBySid(db_handle_t* connection, int sid) {
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select whitelist from PolicyToDpiWhitelist where sid= %d", sid);
-    return select_whitelist(connection, sql.c_str());
+    return select_whitelist(connection, sql);
 }
 
 int getPolicyToDpiWhitelistPolicyNum(db_handle_t* connection, const char* whitelist) {

@@ -29,7 +29,7 @@ enum JoinedCell : unsigned int {
 /* Runs one look-up of the rules of a service; the name counts as found only
  * when rows came back (an empty result set is freed at once). */
 Result find_rules(db_handle_t* conn, const Statement& sql) {
-    Result res = util_db::store(conn, sql.c_str());
+    Result res = util_db::store(conn, sql);
     if (res && res.rows() == 0) {
         res.reset();
     }
@@ -51,7 +51,7 @@ struct db_predefsrv_info* db_get_srv_info_by_name(db_handle_t* conn, char* name)
     if (conn == NULL || name == NULL) {
         return NULL;
     }
-    Statement sql;
+    Statement sql(conn);
     sql.format("SELECT * FROM PredefineServerRules, PredefineServers where PredefineServerRules.serverId = PredefineServers.serverId and PredefineServers.name = '%s';", name);
     Result res = find_rules(conn, sql);
     if (!res) {
@@ -82,8 +82,12 @@ struct db_predefsrv_info* db_get_srv_info_by_name(db_handle_t* conn, char* name)
             node->pname = util_db::heap_copy(service, kNameSize);
             if (node->pname == NULL) {
                 /* Past the first row this node is not linked yet and stays
-                 * allocated: a small loss on an out-of-memory path. */
+                 * allocated (unless the profile frees it): a small loss on an
+                 * out-of-memory path. */
                 db_free_predefsrv_info(head);
+                if (node != head) {
+                    util_db::drop_unlinked(node, db_free_predefsrv_info);
+                }
                 return NULL;
             }
         }

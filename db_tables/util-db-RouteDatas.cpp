@@ -36,9 +36,9 @@ int getRouteDatasgateInfoByIdx(db_handle_t* connection, struct db_route_info* ro
     if (connection == NULL || route_info == NULL || route_info->routeId <= 0) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select * from RouteDatas where routeId = '%d';", route_info->routeId);
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return -1;
     }
@@ -81,7 +81,7 @@ int insertRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
     /* Given both, only the interface is stored; given only a gateway, the
      * interface column says "any". */
     const bool by_gateway = gateWayNextJump != NULL && outInterfaceName == NULL;
-    Statement sql;
+    Statement sql(connection);
     sql.text("insert into RouteDatas (destIpMask");
     if (by_gateway) {
         sql.text(",gateWayNextJump");
@@ -109,7 +109,7 @@ int insertRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
         sql.append(",'%d'", priority);
     }
     sql.text(");");
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int updateRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, const char* gateWayNextJump,
@@ -117,10 +117,10 @@ int updateRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
     if (connection == NULL || destIpMask == NULL || gateWayNextJump == NULL || outInterfaceName == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("UPDATE RouteDatas SET destIpMask = '%s',gateWayNextJump = '%s',outInterfaceName = '%s',priority = %d,manageScope = %d WHERE routeId = %d",
                destIpMask, gateWayNextJump, outInterfaceName, priority, manageScope, routeId);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deleteRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, const char* gateWayNextJump,
@@ -128,7 +128,7 @@ int deleteRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
     if (connection == NULL || destIpMask == NULL || (gateWayNextJump == NULL && outInterfaceName == NULL)) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.append("delete from RouteDatas where destIpMask = '%s' and (", destIpMask);
     if (gateWayNextJump != NULL) {
         sql.append("gateWayNextJump = '%s'", gateWayNextJump);
@@ -140,7 +140,7 @@ int deleteRouteDatasgateInfo(db_handle_t* connection, const char* destIpMask, co
         sql.append("outInterfaceName = '%s'", outInterfaceName);
     }
     sql.text(")");
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deleteRouteDatasAllInfo(db_handle_t* connection) {

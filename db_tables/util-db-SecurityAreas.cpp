@@ -41,10 +41,10 @@ void format_zone_id_lookup(Statement& sql, const char* name) {
  * database returned it.
  */
 bool zone_id(db_handle_t* connection, const char* name, const RowMessages& msgs, int trace_priority, int* id) {
-    Statement sql;
+    Statement sql(connection);
     format_zone_id_lookup(sql, name);
     Result res;
-    MYSQL_ROW row = util_db::first_row(connection, sql.c_str(), res, msgs);
+    MYSQL_ROW row = util_db::first_row(connection, sql, res, msgs);
     if (row == NULL) {
         return false;
     }
@@ -108,7 +108,7 @@ void append_member_pools(db_handle_t* connection, Statement& sql, Result& member
         UTIL_DB_LOG(7, "intFaceName[%d]->interfaceName:%s\n", count, member[0]);
         sql.format("select ipAddress from AddressPools where interfaceName= '%s' and enable = 1;", member[0]);
         Result pool;
-        MYSQL_ROW address = util_db::first_row(connection, sql.c_str(), pool, kPoolAddressMessages, Need::Value);
+        MYSQL_ROW address = util_db::first_row(connection, sql, pool, kPoolAddressMessages, Need::Value);
         if (address == NULL) {
             return;
         }
@@ -125,7 +125,7 @@ void append_member_pools(db_handle_t* connection, Statement& sql, Result& member
  * what the buffer already holds. */
 void append_zone_assets(db_handle_t* connection, Statement& sql, const char* name, AddressList& list) {
     sql.format("select ipAddress from Assets where securityAreaName = '%s' and enable = 1;", name);
-    Result assets = util_db::store(connection, sql.c_str());
+    Result assets = util_db::store(connection, sql);
     if (!assets) {
         return;
     }
@@ -154,11 +154,11 @@ int insertSecurityAreas(db_handle_t* connection, char* name) {
     if (connection == NULL || name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     format_zone_id_lookup(sql, name);
     UTIL_DB_LOG(7, "mysql cmd: %s\n", sql.c_str());
     {
-        Result existing = util_db::store(connection, sql.c_str());
+        Result existing = util_db::store(connection, sql);
         if (!existing) {
             return -1;
         }
@@ -168,7 +168,7 @@ int insertSecurityAreas(db_handle_t* connection, char* name) {
         }
     }
     sql.format("insert into SecurityAreas (name) VALUES('%s');", name);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deleteSecurityAreas(db_handle_t* connection, char* name) {
@@ -179,23 +179,23 @@ int deleteSecurityAreas(db_handle_t* connection, char* name) {
     if (!zone_id(connection, name, kZoneIdMessagesLf, 3, &id)) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("delete from SecurityAreaInterfaces where securityAreaId = %d;", id);
-    if (util_db::run(connection, sql.c_str()) != 0) {
+    if (util_db::run(connection, sql) != 0) {
         return -1;
     }
     sql.format("delete from SecurityAreas where name = '%s';", name);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int updateSecurityAreas(db_handle_t* connection, char* name, int enable) {
     if (connection == NULL || name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("UPDATE SecurityAreas SET enable = %d WHERE name = '%s';", enable, name);
     UTIL_DB_LOG(7, "mysql cmd: %s\n", sql.c_str());
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int insertMainFrame(db_handle_t* connection, char* name, char* interfaceName) {
@@ -206,10 +206,10 @@ int insertMainFrame(db_handle_t* connection, char* name, char* interfaceName) {
     if (!zone_id(connection, name, util_db::kRowMessages, 0, &id)) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("insert into SecurityAreaInterfaces(securityAreaId,interfaceName) VALUES(%d,'%s');", id,
                interfaceName);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int deleteMainFrame(db_handle_t* connection, char* name) {
@@ -220,9 +220,9 @@ int deleteMainFrame(db_handle_t* connection, char* name) {
     if (!zone_id(connection, name, util_db::kRowMessages, 7, &id)) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("delete from SecurityAreaInterfaces where securityAreaId = %d;", id);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 /* ---- Zone look-ups ---- */
@@ -231,17 +231,17 @@ char* select_name_by_interfacename_SA(db_handle_t* connection, char* interfaceNa
     if (connection == NULL || interfaceName == NULL) {
         return NULL;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select securityAreaId from SecurityAreaInterfaces where interfaceName= '%s';", interfaceName);
     Result res;
-    MYSQL_ROW row = util_db::first_row(connection, sql.c_str(), res, kMemberZoneMessages);
+    MYSQL_ROW row = util_db::first_row(connection, sql, res, kMemberZoneMessages);
     if (row == NULL) {
         return NULL;
     }
     const int id = cell_int(row[0]);
     res.reset();
     sql.format("select name from SecurityAreas where securityAreaId= %d;", id);
-    row = util_db::first_row(connection, sql.c_str(), res, kZoneNameMessages, Need::Value);
+    row = util_db::first_row(connection, sql, res, kZoneNameMessages, Need::Value);
     if (row == NULL) {
         return NULL;
     }
@@ -261,9 +261,9 @@ int selectInterfaceInfoByNameSA(db_handle_t* connection, char* name, char* ret_v
     if (!zone_id(connection, name, kZoneIdMessagesLf, 0, &id)) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select interfaceName from SecurityAreaInterfaces where securityAreaId= %d;", id);
-    Result members = util_db::store(connection, sql.c_str());
+    Result members = util_db::store(connection, sql);
     if (!members) {
         return -1;
     }
@@ -285,7 +285,7 @@ int selectInterfaceInfoByNameSA(db_handle_t* connection, char* name, char* ret_v
     }
     /* The member list is not freed on success (only the failure paths free
      * it); callers have always lived with that. */
-    members.release();
+    members.abandon();
     return i;
 }
 
@@ -294,12 +294,12 @@ char* selectIpaddressInfoByNameSA(db_handle_t* connection, char* name, char* ret
         return NULL;
     }
     AddressList list(ret_str, ret_len);
-    Statement sql;
+    Statement sql(connection);
     sql.format("select securityAreaId from SecurityAreas where name = '%s';", name);
     int id = 0;
     {
         Result zone;
-        MYSQL_ROW row = util_db::first_row(connection, sql.c_str(), zone, kAddressZoneMessages);
+        MYSQL_ROW row = util_db::first_row(connection, sql, zone, kAddressZoneMessages);
         if (row == NULL) {
             return NULL;
         }
@@ -309,7 +309,7 @@ char* selectIpaddressInfoByNameSA(db_handle_t* connection, char* name, char* ret
 
     sql.format("select interfaceName from SecurityAreaInterfaces where securityAreaId= %d;", id);
     {
-        Result members = util_db::store(connection, sql.c_str());
+        Result members = util_db::store(connection, sql);
         if (members) {
             /* A zone without members has no address list at all, not even
              * "any", whatever assets name it. */

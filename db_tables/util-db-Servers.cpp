@@ -17,7 +17,7 @@ namespace {
  * when there is none. */
 bool find_server(db_handle_t* connection, const char* name, Statement& sql, Result& res, int* server_id) {
     sql.format("select serverId from Servers where name= '%s'", name);
-    MYSQL_ROW row = util_db::first_row(connection, sql.c_str(), res, util_db::kRowMessages);
+    MYSQL_ROW row = util_db::first_row(connection, sql, res, util_db::kRowMessages);
     if (row == NULL) {
         return false;
     }
@@ -29,7 +29,7 @@ bool find_server(db_handle_t* connection, const char* name, Statement& sql, Resu
  * error priority, as these two always have been. */
 int change_service(db_handle_t* connection, Statement& sql) {
     UTIL_DB_LOG(3, "mysql cmd: %s\n", sql.c_str());
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 /* Looks up the serverId of the first service called `name`, then formats the
@@ -39,7 +39,7 @@ int change_rules(db_handle_t* connection, char* name, Format format_rule) {
     if (connection == NULL || name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     Result res;
     int server_id = 0;
     if (!find_server(connection, name, sql, res, &server_id)) {
@@ -47,7 +47,7 @@ int change_rules(db_handle_t* connection, char* name, Format format_rule) {
     }
     res.reset();
     format_rule(sql, server_id);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 
@@ -59,9 +59,9 @@ int checkServersByName(db_handle_t* connection, char* name) {
     if (name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("select * from Servers where name = '%s';", name);
-    Result res = util_db::store(connection, sql.c_str());
+    Result res = util_db::store(connection, sql);
     if (!res) {
         return -1;
     }
@@ -69,7 +69,7 @@ int checkServersByName(db_handle_t* connection, char* name) {
     if (count < 0) {
         /* Not reachable for a real table; the result set stays as it is. */
         util_db::log_error(util_db::kRowMessages.empty);
-        res.release();
+        res.abandon();
         return -1;
     }
     res.reset();
@@ -81,7 +81,7 @@ int insertServersName(db_handle_t* connection, char* name, char* description) {
     if (connection == NULL || name == NULL || description == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("insert into Servers(name, description) VALUES('%s','%s');", name, description);
     return change_service(connection, sql);
 }
@@ -90,7 +90,7 @@ int updateServersName(db_handle_t* connection, char* name, char* description) {
     if (connection == NULL || name == NULL || description == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("update Servers set description = '%s' where name = '%s';", description, name);
     return change_service(connection, sql);
 }
@@ -99,7 +99,7 @@ int deleteServersByName(db_handle_t* connection, char* name) {
     if (connection == NULL || name == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     Result res; /* kept until both deletes have run */
     int server_id = 0;
     if (!find_server(connection, name, sql, res, &server_id)) {
@@ -107,11 +107,11 @@ int deleteServersByName(db_handle_t* connection, char* name) {
     }
     /* Rules first, by identifier; then every service row of that name. */
     sql.format("delete from ServerRules where serverId = %d", server_id);
-    if (util_db::run(connection, sql.c_str()) != 0) {
+    if (util_db::run(connection, sql) != 0) {
         return -1;
     }
     sql.format("delete from Servers where name = '%s'", name);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int setServerRules(db_handle_t* connection, char* name, int type, char* maxsrcport, char* minsrcport,

@@ -22,13 +22,13 @@ int insertSessionControls(db_handle_t* connection, int frequencyUpperLimit, int 
     if (connection == NULL || sourceIp == NULL || targetIp == NULL || serviceApp == NULL) {
         return -1;
     }
-    Statement check;
-    Statement insert;
-    Statement readback;
+    Statement check(connection);
+    Statement insert(connection);
+    Statement readback(connection);
 
     check.format("select sessionControlId from SessionControls             where sourceIp = '%s' &&            targetIp = '%s' &&            sessionType = %d &&            serviceApp = '%s';", sourceIp, targetIp, sessionType, serviceApp);
     {
-        Result res = util_db::store(connection, check.c_str());
+        Result res = util_db::store(connection, check);
         if (!res) {
             return -1;
         }
@@ -66,31 +66,31 @@ int insertSessionControls(db_handle_t* connection, int frequencyUpperLimit, int 
         insert.format("insert into SessionControls(sourceIp,            targetIp,                sessionType,                serviceApp,                enableLog,                enableUpperLimitWarn) VALUES('%s','%s',%d,'%s',%d,%d);", sourceIp, targetIp, sessionType, serviceApp, enableLog, enableUpperLimitWarn);
         readback.format("select sessionControlId from SessionControls                 where sourceIp = '%s' &&                targetIp = '%s' &&                sessionType = %d &&                serviceApp = '%s' &&                enableLog  = %d &&                enableUpperLimitWarn = %d;", sourceIp, targetIp, sessionType, serviceApp, enableLog, enableUpperLimitWarn);
     }
-    if (util_db::run(connection, insert.c_str()) != 0) {
+    if (util_db::run(connection, insert) != 0) {
         return -1;
     }
-    return util_db::lookup_int(connection, readback.c_str());
+    return util_db::lookup_int(connection, readback);
 }
 
 int deleteSessionControls(db_handle_t* connection, int sessionControlId) {
     if (connection == NULL) {
         return -1;
     }
-    Statement sql;
+    Statement sql(connection);
     sql.format("delete from SessionControls where             sessionControlId = %d;", sessionControlId);
-    return util_db::run(connection, sql.c_str());
+    return util_db::run(connection, sql);
 }
 
 int updateSessionControls(db_handle_t* connection, int sessionControlId, int frequencyUpperLimit,
                           int totalUpperLimit, int enableLog, int enableUpperLimitWarn) {
     /* No test of the handle: db_query refuses a NULL one. */
-    Statement sql;
+    Statement sql(connection);
     if (frequencyUpperLimit == 0 && totalUpperLimit == 0) {
         sql.format("update SessionControls            set enableLog = %d,            enableUpperLimitWarn = %d            where sessionControlId = %d;", enableLog, enableUpperLimitWarn, sessionControlId);
     } else {
         sql.format("update SessionControls                set frequencyUpperLimit = %d,                totalUpperLimit = %d,                enableLog = %d,                enableUpperLimitWarn = %d                where sessionControlId = %d;", frequencyUpperLimit, totalUpperLimit, enableLog, enableUpperLimitWarn, sessionControlId);
     }
-    if (util_db::run(connection, sql.c_str()) != 0) {
+    if (util_db::run(connection, sql) != 0) {
         return -1;
     }
     return sessionControlId;
