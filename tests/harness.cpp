@@ -8,7 +8,13 @@
 #include <string.h>
 #include <syslog.h>
 
+
+#include <atomic>
+#include <fstream>
 #include <mutex>
+
+// Live heap bytes as the address sanitizer counts them (requested sizes).
+extern "C" size_t __sanitizer_get_current_allocated_bytes(void);
 
 namespace {
 
@@ -24,6 +30,7 @@ int g_facility = 0;
 int g_fail_fetch_at = 0;
 int g_fail_options_at = 0;
 thread_local bool t_own = false;  // the harness's own connection is not recorded
+std::atomic<bool> g_paused{false};  // nothing is recorded (heap counts see only the library)
 
 std::vector<std::pair<int, unsigned int>> g_options;
 using query_fn = int (*)(MYSQL*, const char*);
@@ -42,6 +49,7 @@ fetch_fn real_fetch() {
 
 void record(int priority, const char* fmt, va_list ap) __attribute__((format(printf, 2, 0)));
 void record(int priority, const char* fmt, va_list ap) {
+    if (g_paused) return;
     char buf[65536];
     vsnprintf(buf, sizeof buf, fmt, ap);
     std::lock_guard<std::mutex> lock(g_mutex);
@@ -97,7 +105,7 @@ void run_script(const char* action) {
 // ---- Interposed client and system-log functions ----
 
 extern "C" int mysql_query(MYSQL* mysql, const char* q) {
-    if (!t_own) {
+    if (!t_own && !g_paused) {
         std::lock_guard<std::mutex> lock(g_mutex);
         g_statements.emplace_back(q ? q : "(null)");
     }
@@ -106,7 +114,7 @@ extern "C" int mysql_query(MYSQL* mysql, const char* q) {
 
 extern "C" int mysql_options(MYSQL* mysql, enum mysql_option option, const void* arg) {
     static options_fn real = reinterpret_cast<options_fn>(dlsym(RTLD_NEXT, "mysql_options"));
-    if (!t_own) {
+    if (!t_own && !g_paused) {
         std::lock_guard<std::mutex> lock(g_mutex);
         if (g_fail_options_at > 0 && --g_fail_options_at == 0) {
             return 1;
@@ -253,6 +261,34 @@ void truncate(const std::vector<std::string>& tables) {
 
 void server_stop() { run_script("stop"); }
 void server_start() { run_script("start"); }
+
+long server_pid() {
+    long pid = -1;
+    const char* dir = getenv("UTIL_DB_SERVER_DIR");
+    std::ifstream(std::string(dir ? dir : ".") + "/mysqld.pid") >> pid;
+    return pid;
+}
+
+void kill_connections() {
+    for (const Row& r : rows("select id from information_schema.processlist where id <> connection_id() "
+                             "and user = 'root' and command <> 'Daemon'")) {
+        t_own = true;
+        real_query()(own(), ("KILL " + *r[0]).c_str());  // one may have gone already
+        t_own = false;
+    }
+}
+
+long leaked_bytes(const std::function<void()>& call) {
+    g_paused = true;
+    const long before = static_cast<long>(__sanitizer_get_current_allocated_bytes());
+    {
+        Unreported unreported;
+        call();
+    }
+    const long after = static_cast<long>(__sanitizer_get_current_allocated_bytes());
+    g_paused = false;
+    return after - before;
+}
 
 std::string strip_site(const std::string& text, std::string* file) {
     // "path:line " then the message

@@ -71,9 +71,11 @@ bool one_call(Worker& w, long i) {
             want = w.acknowledged.empty() ? 0 : 1;
             r = checkServersByName(w.handle, W(name.c_str()));
             break;
-        case 2:
+        case 2: {
+            Unreported member_result;  // measured by the zone tests
             r = selectInterfaceInfoByNameSA(w.handle, W("lan"), out, sizeof out), want = 2;
             break;
+        }
         default: {
             db_predefsrv_info* l = db_get_srv_info_by_name(w.handle, W("soaksvc"));
             r = l == nullptr ? -1 : (l->next == nullptr && l->mindport == 80), want = 1;  // 0: wrong list
@@ -175,7 +177,7 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
     predefined(101);
 }
 
-// ---- Allocation failure at every allocation of the list and array getters ----
+// ---- Allocation failure at every allocation of the array getters (the list getters: their own tests) ----
 
 // A getter answering a count and an array: 2 with the array, or -1 with none.
 template <typename T, typename Free>
@@ -185,18 +187,12 @@ bool counted(db_handle_t* h, int n, T* const& a, Free release) {  // `a` is read
     return n > 0;
 }
 // Each getter answers true when it handed over a result (freed here).
-#define LIST(fn, args, release) {#fn, [](db_handle_t* h) { auto* l = fn args; release(l); return l != nullptr; }}
 #define ARRAY(T, fn, args, free) {#fn, [](db_handle_t* h) { T* a = nullptr; return counted(h, fn args, a, free); }}
 
 class AllocSweepTest : public LibraryTest {};
 
 TEST_F(AllocSweepTest, EveryAllocationOfEveryGetterFailsCleanly) {
-    truncate({"Servers", "ServerRules", "Apps", "Traits", "Assets", "AssetProperties", "SecurityAreas",
-              "SecurityAreaInterfaces"});
-    predefined(102, "svc", "(102, '2', '1', '4', '3'), (102, '6', '5', '8', '7'), (102, '10', '9', '12', '11')");
-    exec("insert into Apps values (1, 'app', 1, '80', '81', 0, 'p', 'd'), (2, 'app', 2, '82', NULL, 1, NULL, 'e'), "
-         "(3, 'app', 3, '84', '85', 0, 'q', NULL)");
-    exec("insert into Traits values (1, 7, '0', 'GET', '4'), (2, 7, '1', 'POST', NULL), (3, 7, NULL, 'PUT', '9')");
+    truncate({"Assets", "AssetProperties", "SecurityAreas", "SecurityAreaInterfaces"});
     exec("insert into SecurityAreas (securityAreaId, name, enable) values (1, 'lan', 1)");
     exec("insert into SecurityAreaInterfaces (securityAreaId, interfaceName) values (1, 'eth1'), (1, 'eth2')");
     exec("insert into Assets (assetId, ipAddress, macAddress, securityAreaName) values "
@@ -204,9 +200,6 @@ TEST_F(AllocSweepTest, EveryAllocationOfEveryGetterFailsCleanly) {
     exec("insert into AssetProperties (assetId, assetPropertyType) values (1, 3), (2, 3)");
 
     const std::vector<std::pair<const char*, std::function<bool(db_handle_t*)>>> getters = {
-        LIST(db_get_srv_info_by_name, (h, W("svc")), db_free_predefsrv_info),
-        LIST(db_get_app_info_by_name, (h, "app"), db_free_app_info),
-        LIST(db_get_trait_info_by_appid, (h, 7), db_free_trait_info),
         ARRAY(asset_info_t, get_ipmac_asset_info, (h, 3, &a), ipmac_asset_free),
         ARRAY(asset_intface_t, get_interfaces_by_devinfo, (h, "10.0.0.1", "aa:01", &a), devinfo_interfaces_free),
     };
@@ -219,13 +212,13 @@ TEST_F(AllocSweepTest, EveryAllocationOfEveryGetterFailsCleanly) {
         EXPECT_GT(allocations, 0);
         for (int n = 1; n <= allocations; ++n) {
             SCOPED_TRACE("failing allocation " + std::to_string(n));
-            FailAlloc fail(n);
-            EXPECT_FALSE(call(&h));
+            bool listed = true;
+            EXPECT_EQ(leaked_bytes([&] { FailAlloc fail(n); listed = call(&h); }), 0);
+            EXPECT_FALSE(listed);
         }
         EXPECT_TRUE(call(&h));  // nothing left behind that changes the next call
         printf("alloc sweep: %s: %d allocations, each failed once\n", name, allocations);
     }
-    predefined(102);
 }
 
 }  // namespace
