@@ -6,6 +6,7 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -47,7 +48,11 @@ struct Worker {
     long up_failures[4] = {0, 0, 0, 0};  // by call of the mix, while the server was up
     std::atomic<int> down_failures{0};   // failures of calls that started while down
     std::vector<std::string> acknowledged, faults;  // names whose insert answered 0; undocumented outcomes
+    std::vector<std::string> refused;               // names whose insert answered -1
+    double slowest = 0;                             // seconds, the longest call
 };
+
+constexpr double kCallBound = 5.0;  // seconds any one call may take, the server up or down
 
 // Shared by the soak's threads; the epoch is incremented once the server is up again.
 std::atomic<bool> g_stop{false}, g_down{false};
@@ -64,7 +69,8 @@ bool one_call(Worker& w, long i) {
     char out[512];
     switch (i % 4) {
         case 0:
-            if ((r = insertServersName(w.handle, W(name.c_str()), W("load"))) == 0) w.acknowledged.push_back(name);
+            r = insertServersName(w.handle, W(name.c_str()), W("load"));
+            (r == 0 ? w.acknowledged : w.refused).push_back(name);
             break;
         case 1:
             name = w.acknowledged.empty() ? "soak-none" : w.acknowledged.back();
@@ -90,7 +96,9 @@ void work(Worker& w) {
     for (long i = 0, seen_epoch = g_epoch.load(); !g_stop.load(); ++i) {
         const bool was_down = g_down.load();
         const int epoch = g_epoch.load();
+        const auto t0 = std::chrono::steady_clock::now();
         const bool ok = one_call(w, i);
+        w.slowest = std::max(w.slowest, std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
         const bool down_now = g_down.load();
         ++w.calls;
         if (epoch != seen_epoch) {  // the first call that started after a restart
@@ -156,7 +164,8 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
     // No lost acknowledged write.
     std::set<std::string> stored;
     for (const Row& r : rows("select name from Servers where name like 'soak-%'")) stored.insert(*r[0]);
-    long calls = 0, ok = 0, down = 0, up = 0, recoveries = 0, writes = 0;
+    long calls = 0, ok = 0, down = 0, up = 0, recoveries = 0, writes = 0, applied_anyway = 0;
+    double slowest = 0;
     for (Worker& w : workers) {
         SCOPED_TRACE("thread " + std::to_string(w.id));
         for (const std::string& f : w.faults) ADD_FAILURE() << f;
@@ -167,14 +176,59 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
         EXPECT_GT(w.down_failures, 0);
         calls += w.calls, ok += w.ok, down += w.down_failures, up += u[0] + u[1] + u[2] + u[3];
         recoveries += w.recoveries, writes += static_cast<long>(w.acknowledged.size());
+        for (const std::string& n : w.refused) applied_anyway += static_cast<long>(stored.count(n));
+        slowest = std::max(slowest, w.slowest);
     }
+    // A write reported failed can only have been applied when its reply was
+    // lost as the server stopped: at most one call per thread and stop.
+    EXPECT_LE(applied_anyway, kRestarts * (kOwnThreads + kSharedThreads));
+    EXPECT_LT(slowest, kCallBound);
     printf("soak: %.1f s, %d threads (%d own handles, %d on one shared handle), %d restarts\n"
            "soak: %ld calls, %ld succeeded, %ld failed while down, %ld failed while up, "
-           "%ld recovery calls, %ld acknowledged writes checked\n",
+           "%ld recovery calls, %ld acknowledged writes checked\n"
+           "soak: %ld writes reported failed but applied, slowest call %.3f s\n",
            seconds, kOwnThreads + kSharedThreads, kOwnThreads, kSharedThreads, kRestarts, calls, ok, down, up,
-           recoveries, writes);
+           recoveries, writes, applied_anyway, slowest);
     EXPECT_LT(seconds, 45.0);
     predefined(101);
+}
+
+// The library's connections are killed while the server stays up, and the
+// caller never probes. A statement that fails does not clear the connected
+// bit, so the handle fails every call until util_db_chkconnect marks it; in
+// the safe profile the lost connection clears the bit and the next call
+// reconnects by itself.
+TEST(LoadTest, KilledConnectionsWithACallerThatNeverProbes) {
+    truncate({"Servers", "ServerRules"});
+    db_handle_t h{};
+    ASSERT_TRUE(util_db_init(&h) == &h && util_db_connect(&h) == &h);
+    const long pid = server_pid();
+    kill_connections();
+    constexpr int kCalls = 10;
+    int failed = 0, applied_anyway = 0;
+    double slowest = 0;
+    for (int i = 0; i < kCalls; ++i) {
+        const std::string name = "killed-" + std::to_string(i);
+        const auto t0 = std::chrono::steady_clock::now();
+        const int r = insertServersName(&h, W(name.c_str()), W("load"));
+        slowest = std::max(slowest, std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
+        failed += r != 0;
+        applied_anyway += r != 0 && count("Servers", "name = '" + name + "'") != 0;
+    }
+    EXPECT_EQ(server_pid(), pid);  // the server was up all along
+    EXPECT_EQ(applied_anyway, 0);  // a lost connection fails at the look-up, before the insert
+    EXPECT_LT(slowest, kCallBound);
+    printf("killed connections: %d of %d calls failed, %d applied anyway, slowest %.3f s\n", failed, kCalls,
+           applied_anyway, slowest);
+#ifdef UTIL_DB_SAFE
+    EXPECT_LE(failed, 1);
+#else
+    EXPECT_EQ(failed, kCalls);
+    EXPECT_NE(util_db_chkconnect(&h), 0);  // the probe marks the handle: the next call reconnects
+    EXPECT_EQ(insertServersName(&h, W("after-probe"), W("load")), 0);
+#endif
+    util_db_disconnect(&h);
+    util_db_deinit(&h);
 }
 
 // ---- Allocation failure at every allocation of the array getters (the list getters: their own tests) ----
