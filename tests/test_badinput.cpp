@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "harness.h"
+#include "util-db-accessor.h"
 
 using namespace testbed;
 
@@ -267,6 +268,13 @@ protected:
             const std::string value = probe + std::string(pad + extra, 'x');
             const long r = run(value.c_str());
             EXPECT_TRUE(documented(c.kind, r)) << r;
+#ifdef UTIL_DB_SAFE
+            if (carried && extra > 0) {  // refused whole: the statement is not sent, nor any after it
+                EXPECT_EQ(stmts.size(), at);
+                EXPECT_EQ(r, c.cut);
+                continue;
+            }
+#endif
             for (const std::string& s : stmts) EXPECT_LE(s.size(), c.max);
             if (!carried) continue;
             ASSERT_GT(stmts.size(), at);
@@ -303,17 +311,77 @@ TEST_F(BadInputTest, NullAndBlankHandles) {
 }
 
 // Bytes of every value in a name: the statement carries them verbatim (a
-// quote or NUL changes it, nothing is escaped), and the results stay documented.
-TEST_F(BadInputTest, EveryByteValueReachesTheStatementVerbatim) {
+// quote changes it, nothing is escaped; the safe profile escapes every quoted
+// value, so such a name is stored and found exactly), and a value is never a format.
+TEST_F(BadInputTest, EveryByteValueReachesTheStatement) {
     std::string all;
     for (int b = 1; b < 256; ++b) all += std::string(b != '\'' && b != '\\', static_cast<char>(b));  // 0 or 1 of it
     EXPECT_EQ(updateSecurityAreas(&h, W(all.c_str()), 1), 0);
     ASSERT_EQ(sent().size(), 1u);
-    EXPECT_NE(sent()[0].find(all), std::string::npos);
+    EXPECT_EQ(sent()[0].find(all) != std::string::npos, !kSafe);  // the safe profile escapes "\n\r\"\x1a
+    EXPECT_EQ(checkServersByName(&h, W("%s%n%d")), 0);
+    const char* quoted = "it's \"q\" \\";
     clear();
-    EXPECT_EQ(updateSecurityAreas(&h, W("a'b"), 1), -1);  // the quote ends the value early
-    EXPECT_EQ(sent(), std::vector<std::string>{"UPDATE SecurityAreas SET enable = 1 WHERE name = 'a'b';"});
-    EXPECT_EQ(checkServersByName(&h, W("%s%n%d")), 0);  // a value is never a format
+    const int added = insertSecurityAreas(&h, W(quoted));
+#ifdef UTIL_DB_SAFE
+    EXPECT_EQ(added, 0);
+    EXPECT_EQ(count("SecurityAreas", "name = 'it\\'s \"q\" \\\\'"), 1);
+    EXPECT_EQ(insertSecurityAreas(&h, W(quoted)), -1);  // found: it exists
+#else
+    EXPECT_EQ(added, -1);  // the quote ends the value early
+    EXPECT_EQ(sent()[0], "select securityAreaId from SecurityAreas where name= 'it's \"q\" \\';");
+#endif
+}
+
+// db_query and db_store_result given what they should not be: each gives its
+// failure result (a SELECT through db_query runs and drops its rows), logs
+// what it must, and the handle still answers the next statement.
+TEST_F(BadInputTest, StatementLayerSurvivesBadCalls) {
+    log_on(7);
+    db_handle_t no_conn{nullptr, 1, h.mutex}, no_mutex{h.conn, 1, nullptr};
+    const std::string huge = "select '" + std::string(4 << 20, 'x') + "'";
+    const std::string bad = "Data base query faild: ";
+    struct Call {
+        db_handle_t* handle;
+        const std::string cmd;
+        bool store;
+        int result;          // 0: ran (a result set from db_store_result), -1: failed
+        std::string error;   // the start of the one text at priority 3 ("": none)
+    };
+    const Call calls[] = {
+        {nullptr, "select 1", false, -1, ""},    {nullptr, "select 1", true, -1, ""},
+        {&no_conn, "select 1", false, -1, ""},   {&no_mutex, "select 1", true, -1, ""},
+        {&h, "", false, -1, bad + "Query was empty\n"}, {&h, "", true, -1, bad + "Query was empty\n"},
+        {&h, huge, false, 0, ""},                {&h, huge, true, 0, ""},
+        {&h, "select * from SecurityAreas", false, 0, ""},
+        {&h, "insert into Servers (name) values ('x')", true, -1, "Data base store result: \n"},
+        {&h, "select 1; select 2", false, -1, bad + "You have an error in your SQL syntax"},
+        {&h, "\xff\xfe;", true, -1, bad + "You have an error in your SQL syntax"},
+        {&h, "select * from NoSuchTable", false, -1, bad + "Table 'firewall.NoSuchTable' doesn't exist\n"},
+    };
+    for (const Call& c : calls) {
+        SCOPED_TRACE(c.cmd.substr(0, 40) + (c.store ? " (store)" : " (query)"));
+        clear();
+        int r = -1;
+        if (!c.store) {
+            r = db_query(c.handle, c.cmd.c_str());
+        } else if (void* res = db_store_result(c.handle, c.cmd.c_str())) {
+            r = 0;
+            mysql_free_result(static_cast<MYSQL_RES*>(res));
+        }
+        EXPECT_EQ(r, c.result);
+        const std::vector<std::string> errors = texts(3);
+        EXPECT_EQ(errors.size(), c.error.empty() ? 0u : 1u);
+        if (!errors.empty()) {
+            EXPECT_EQ(errors[0].rfind(c.error, 0), 0u) << errors[0];
+        }
+        EXPECT_EQ(c.handle == &h || logged(7, "Invalid param\n"), true);
+        EXPECT_EQ(sent().size(), c.handle == &h ? 1u : 0u);
+        EXPECT_EQ(h.flag & 1u, 1u);  // a failed statement keeps the connection
+        util_db::Result answer = util_db::store(&h, "select count(*) from SecurityAreas");
+        ASSERT_TRUE(answer);
+        EXPECT_STREQ(answer.fetch()[0], "1");
+    }
 }
 
 }  // namespace

@@ -199,36 +199,7 @@ TEST_F(LibraryTest, ServerDownThenUp) {
 
 // ---- Statements ----
 
-TEST_F(LibraryTest, QueryLogsRunsAndReportsServerErrors) {
-    EXPECT_EQ(db_query(&h, "select * from NoSuchTable"), -1);
-    EXPECT_EQ(h.flag & 1u, 1u);  // a failed statement keeps the connection
-    const std::vector<std::string> r = records();
-    ASSERT_EQ(r.size(), 2u);
-    EXPECT_EQ(r[0], "7:database cmd: select * from NoSuchTable\n");
-    EXPECT_EQ(r[1], "3:Data base query faild: Table 'firewall.NoSuchTable' doesn't exist\n");
-
-    clear();
-    EXPECT_EQ(db_query(nullptr, "select 1"), -1);
-    db_handle_t half{};
-    half.conn = h.conn;  // no mutex
-    EXPECT_EQ(db_query(&half, "select 1"), -1);
-    EXPECT_EQ(records(), (std::vector<std::string>{"7:Invalid param\n", "7:Invalid param\n"}));
-    EXPECT_TRUE(sent().empty());
-}
-
-TEST_F(LibraryTest, SelectThroughQueryLeavesTheHandleUsable) {
-    exec("create table if not exists CoreProbe (a int, b varchar(16))");
-    exec("truncate table CoreProbe");
-    exec("insert into CoreProbe values (1,'x'),(2,'y'),(3,NULL)");
-    EXPECT_EQ(db_query(&h, "select * from CoreProbe"), 0);
-    EXPECT_EQ(db_query(&h, "update CoreProbe set a = a + 10"), 0);
-    Result res = store(&h, "select sum(a) from CoreProbe");
-    ASSERT_TRUE(res);
-    EXPECT_STREQ(res.fetch()[0], "36");
-    EXPECT_TRUE(texts(3).empty());
-}
-
-TEST_F(LibraryTest, StoreResultTracesAndSeparatesEmptyFromFailure) {
+TEST_F(LibraryTest, StoreResultTracesAndGivesAnEmptyResultSet) {
     void* res = db_store_result(&h, "select name from SecurityAreas where name = 'none'");
     ASSERT_NE(res, nullptr);
     EXPECT_EQ(mysql_num_rows(static_cast<MYSQL_RES*>(res)), 0u);
@@ -236,23 +207,6 @@ TEST_F(LibraryTest, StoreResultTracesAndSeparatesEmptyFromFailure) {
     EXPECT_EQ(records(), (std::vector<std::string>{
                              "7: Begin", "7:database cmd: select name from SecurityAreas where name = 'none'\n",
                              "7: End"}));
-
-    clear();
-    exec("create table if not exists CoreProbe (a int, b varchar(16))");
-    EXPECT_EQ(db_store_result(&h, "insert into CoreProbe values (9,'z')"), nullptr);
-    EXPECT_EQ(records(), (std::vector<std::string>{"7: Begin", "7:database cmd: insert into CoreProbe values (9,'z')\n",
-                                                   "3:Data base store result: \n"}));
-    EXPECT_EQ(db_query(&h, "select 1"), 0);
-
-    clear();
-    EXPECT_EQ(db_store_result(&h, "selec 1"), nullptr);
-    ASSERT_EQ(texts(3).size(), 1u);
-    EXPECT_EQ(texts(3)[0].rfind("Data base query faild: You have an error in your SQL syntax", 0), 0u);
-    EXPECT_EQ(h.flag & 1u, 1u);
-
-    clear();
-    EXPECT_EQ(db_store_result(nullptr, "select 1"), nullptr);
-    EXPECT_EQ(records(), (std::vector<std::string>{"7: Begin", "7:Invalid param\n"}));
 }
 
 TEST_F(LibraryTest, MutexHelpers) {

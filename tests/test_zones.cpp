@@ -90,7 +90,6 @@ TEST_F(ZonesTest, ZonesAndTheirMembers) {
                   insertMainFrame(&h, (char*)"trust", nullptr) + deleteSecurityAreas(&h, nullptr),
               -4);
     EXPECT_TRUE(sent().empty());
-    EXPECT_EQ(insertSecurityAreas(&h, (char*)"it's"), -1);  // not escaped: the statement breaks
 
     // Members are added one at a time (no duplicate check) and cleared together; the zones stay.
     exec("insert into SecurityAreas (name) values ('dmz')");
