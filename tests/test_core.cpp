@@ -4,11 +4,8 @@
 #include <string.h>
 
 #include "harness.h"
-#include "util-db-accessor.h"
 
 using namespace testbed;
-using util_db::Result;
-using util_db::store;
 
 namespace {
 
@@ -120,19 +117,12 @@ TEST_F(BlankHandleTest, ConnectStepsReportTheirFailures) {
     EXPECT_EQ(util_db_connect(&h), nullptr);
     EXPECT_EQ(h.flag & 1u, 0u);
     EXPECT_EQ(records(), (std::vector<std::string>{"3:Fail to set data base options!\n"}));
-}
-
-TEST_F(BlankHandleTest, ChkconnectOnANeverConnectedHandleDoesNotPing) {
-    ASSERT_EQ(util_db_init(&h), &h);
-    clear();
+    clear();  // never connected: no ping
     EXPECT_EQ(util_db_chkconnect(&h), -1);
-    EXPECT_EQ(records(), (std::vector<std::string>{"5:Disconnected whit data base!\n"}));
-    clear();
     EXPECT_EQ(util_db_chkconnect(nullptr), -1);
-    EXPECT_EQ(records(), (std::vector<std::string>{"7:Invalid param\n"}));
-    clear();
     util_db_disconnect(nullptr);
-    EXPECT_EQ(records(), (std::vector<std::string>{"7:Invalid param\n"}));
+    EXPECT_EQ(records(), (std::vector<std::string>{"5:Disconnected whit data base!\n", "7:Invalid param\n",
+                                                   "7:Invalid param\n"}));
 }
 
 TEST_F(LibraryTest, ChkconnectPingsAndDisconnectedHandleReconnectsAtNextStatement) {
@@ -331,110 +321,4 @@ TEST(FieldModel, LookupsAndFillRow) {
     EXPECT_STREQ(out, "-123456");
     EXPECT_EQ(_db_field_val2str(&f, out, sizeof out), 3);
     EXPECT_STREQ(out, "lan");
-}
-
-// ---- Accessor toolkit ----
-
-TEST(Toolkit, StatementFormatsAndAppendsWithSnprintfSemantics) {
-    util_db::Statement sql;
-    EXPECT_TRUE(sql.empty());
-    sql.format("insert into T (a");
-    sql.append(",%s", "b");
-    sql.append(") VALUES('%s'", "x");
-    sql.append(");");
-    EXPECT_STREQ(sql.c_str(), "insert into T (a,b) VALUES('x');");
-
-    const std::string big(1030, 'v');
-    util_db::Statement cut;
-    EXPECT_EQ(cut.format("%s", big.c_str()), 1030);
-    EXPECT_EQ(strlen(cut.c_str()), 1023u);
-    EXPECT_EQ(cut.append("tail"), 0);  // past the end: nothing more is written
-    EXPECT_EQ(strlen(cut.c_str()), 1023u);
-
-    util_db::Statement edge;
-    edge.format("%s", std::string(1000, 'a').c_str());
-    EXPECT_EQ(edge.append("%s", std::string(30, 'b').c_str()), 30);  // cut at the buffer's end
-    EXPECT_EQ(edge.cursor(), 1030u);
-    EXPECT_EQ(std::string(edge.c_str()), std::string(1000, 'a') + std::string(23, 'b'));
-    EXPECT_EQ(edge.append("c"), 0);
-    util_db::Statement constant;  // a constant piece follows the same cut and cursor rules
-    constant.format("%s", std::string(1000, 'a').c_str());
-    constant.text(std::string(30, 'b').c_str());
-    EXPECT_EQ(constant.cursor(), 1030u);
-    EXPECT_STREQ(constant.c_str(), edge.c_str());
-
-    char small[8];
-    util_db::Appender out(small, sizeof small);
-    out.append("%s", "abc");
-    out.append(",%s", "defgh");
-    EXPECT_STREQ(small, "abc,def");
-    EXPECT_TRUE(out.cut());
-}
-
-class ToolkitDbTest : public LibraryTest {
-protected:
-    void SetUp() override {
-        LibraryTest::SetUp();
-        exec("create table if not exists CoreProbe (a int, b varchar(16))");
-        truncate({"CoreProbe"});
-        clear();
-    }
-};
-
-TEST_F(ToolkitDbTest, LookupsLogTheirRowMessagesAndLeaveBuffersOnFailure) {
-    const util_db::RowMessages numbered = {"03:mysql_num_rows(), data is empty or error!\n",
-                                           "04:mysql_fetch_row() exec error!\n"};
-    EXPECT_EQ(util_db::lookup_int(&h, "select a from CoreProbe"), -1);
-    EXPECT_EQ(texts(3), (std::vector<std::string>{"mysql_num_rows(), data is empty or error!"}));
-
-    exec("insert into CoreProbe values (42, NULL), (7, 'second')");
-    clear();
-    EXPECT_EQ(util_db::lookup_int(&h, "select a from CoreProbe order by a desc"), 42);
-    char buf[16] = "untouched";
-    EXPECT_EQ(util_db::lookup_string(&h, "select b from CoreProbe where a = 42", buf, numbered, util_db::Need::Value),
-              nullptr);
-    EXPECT_STREQ(buf, "untouched");
-    EXPECT_EQ(texts(3), (std::vector<std::string>{"04:mysql_fetch_row() exec error!\n"}));
-    EXPECT_EQ(util_db::lookup_string(&h, "select b from CoreProbe where a = 7", buf, numbered), buf);
-    EXPECT_STREQ(buf, "second");
-
-    clear();
-    fail_fetch_at(1);
-    EXPECT_EQ(util_db::lookup_int(&h, "select a from CoreProbe", numbered), -1);
-    EXPECT_EQ(texts(3), (std::vector<std::string>{"04:mysql_fetch_row() exec error!\n"}));
-    clear();
-    EXPECT_EQ(util_db::lookup_int(&h, "select a from NoSuchTable"), -1);
-    ASSERT_EQ(texts(3).size(), 1u);  // only the statement layer's message
-}
-
-TEST_F(ToolkitDbTest, DumpWritesOneRecordPerCellAtTheChosenPriority) {
-    exec("insert into CoreProbe values (1, 'x'), (2, NULL)");
-    clear();
-    EXPECT_EQ(util_db::dump_table(&h, "CoreProbe", 3, UTIL_DB_HERE), 0);
-    EXPECT_EQ(sent(), (std::vector<std::string>{"select * from CoreProbe"}));
-    EXPECT_EQ(texts(3), (std::vector<std::string>{"The total rows is: 2\n", "The total fields is: 2\n", "1\t", "x\t",
-                                                  "\n", "2\t", "(null)\t", "\n"}));
-    clear();
-    truncate({"CoreProbe"});
-    const int line = __LINE__ + 1;
-    EXPECT_EQ(util_db::dump_table(&h, "CoreProbe", 7, UTIL_DB_HERE), 0);
-    std::vector<std::string> dump;
-    for (const LogRecord& r : logs()) {
-        if (r.text.find("total") != std::string::npos) {
-            dump.push_back(r.text);
-        }
-    }
-    const std::string site = "tests/test_core.cpp:" + std::to_string(line) + " ";
-    EXPECT_EQ(dump, (std::vector<std::string>{site + "The total rows is: 0\n", site + "The total fields is: 2\n"}));
-    EXPECT_EQ(util_db::dump_table(nullptr, "CoreProbe", 3, UTIL_DB_HERE), -1);
-    EXPECT_EQ(util_db::dump_table(&h, "NoSuchTable", 3, UTIL_DB_HERE), -1);
-}
-
-TEST(Toolkit, HeapCopyIsBoundedAndUnterminatedWhenFull) {
-    char* c = util_db::heap_copy("abcdef", 4);
-    ASSERT_NE(c, nullptr);
-    EXPECT_EQ(memcmp(c, "abcd", 4), 0);
-    free(c);
-    FailAlloc fail(1);
-    EXPECT_EQ(util_db::heap_copy("abc", 4), nullptr);
 }
