@@ -286,24 +286,18 @@ protected:
     }
 };
 
+// Also the handle argument: NULL, and a blank (zeroed, never initialised)
+// handle. Every function answers what it answers when its statement cannot run
+// (or, for NULL, its failure value when it tests the handle), and sends nothing.
 TEST_F(BadInputTest, EveryStringArgumentOfEveryFunction) {
+    db_handle_t blank{};
     for (const Case& c : cases()) {
         ASSERT_EQ(std::string(c.nulls).size(), c.base.size()) << c.name;
         for (size_t i = 0; i < c.base.size(); ++i) check_argument(c, i);
-    }
-}
-
-// The handle argument: NULL, and a blank (zeroed, never initialised) handle.
-// Every function answers what it answers when its statement cannot run (or,
-// for NULL, its failure value when it tests the handle), and sends nothing.
-TEST_F(BadInputTest, NullAndBlankHandles) {
-    db_handle_t blank{};
-    for (const Case& c : cases()) {
         for (db_handle_t* handle : {static_cast<db_handle_t*>(nullptr), &blank}) {
             SCOPED_TRACE(std::string(c.name) + (handle ? " blank handle" : " NULL handle"));
             clear();
             const long r = c.call(handle, c.base);
-            // A function that tests the handle itself refuses NULL with its failure value.
             EXPECT_TRUE(r == c.cut || (handle == nullptr && r == failure(c.kind))) << r;
             EXPECT_TRUE(sent().empty());
         }

@@ -53,31 +53,6 @@ TEST_F(DeviceTest, SettersActOnEveryRowWithoutWhereClause) {
                     {"2", "0", "3", "1", "02:30", "2", "2024-01-02 03:04:05", "1", "pool.ntp.org", "2"}}));
 }
 
-// Which functions test the connection themselves (nothing sent, nothing logged)
-// and which leave it to db_query ("Invalid param\n" at 7).
-TEST_F(DeviceTest, ArgumentChecks) {
-    EXPECT_EQ((Ints{setWorkModeBasicSettings(nullptr, 1), deleteSyslogServerBasicSettings(&h, nullptr, 1, 514),
-                    autoswitchWorkModeBasicSettingsOff(nullptr, 1), timesettingBasicSettingsOff(nullptr, "x"),
-                    autoswitchWorkModeBasicSettingsOn(nullptr, "01:00", 1), updateBypassFaultOn(&h, nullptr, 1),
-                    insertWorkModeBasicSettings(nullptr, 1), setOnRemoteServiceportStrageMangement(&h, nullptr),
-                    activateNtpBasicSettings(nullptr, 1, "x"), setRemoteServiceStrategyRuleName(&h, nullptr, "x"),
-                    setSyslogTurnBasicSettings(nullptr, 1), setRemoteServiceStrategyRuleName(&h, "ssh", nullptr),
-                    insertWorkModeBasicSettings(&h, -1), insertSyslogServerBasicSettings(&h, nullptr, 1, 514),
-                    insertSyslogServerBasicSettings(nullptr, "10.0.0.1", 1, 514), updateBypassPowerOn(&h, nullptr, 1),
-                    updateBypassPowerOn(nullptr, "bp0", 1), updateBypassFaultOn(nullptr, "bp0", 1),
-                    setOffRemoteServiceportStrageMangement(&h, nullptr)}),
-              Ints(19, -1));
-    EXPECT_TRUE(logs().empty());
-
-    EXPECT_EQ((Ints{deleteSyslogServerBasicSettings(nullptr, "10.0.0.1", 1, 514),
-                    setRemoteServiceStrategyRuleName(nullptr, "ssh", "x"),
-                    setOnRemoteServiceportStrageMangement(nullptr, "ssh"),
-                    setOffRemoteServiceportStrageMangement(nullptr, "ssh")}),
-              Ints(4, -1));
-    EXPECT_EQ(records(), Texts(4, "7:Invalid param\n"));
-    EXPECT_TRUE(sent().empty());
-}
-
 TEST_F(DeviceTest, SyslogFindOrCreateRefuseUnknownProtocolsAndDeleteWide) {
     truncate({"Syslogs"});
     exec("insert into Syslogs (syslogIp,syslogProtocol,syslogPort) values ('10.0.0.7','TCP',601)");

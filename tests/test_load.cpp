@@ -1,8 +1,7 @@
 // Load and faults, against the private server:
 //  - a bounded soak: threads with a handle each and threads sharing one handle
 //    run writes and reads while the server is stopped and started twice;
-//  - an allocation failure injected at every allocation of every list and
-//    array getter, one at a time.
+//  - the library's connections killed under a caller that never probes.
 #include <stdio.h>
 #include <unistd.h>
 
@@ -229,50 +228,6 @@ TEST(LoadTest, KilledConnectionsWithACallerThatNeverProbes) {
 #endif
     util_db_disconnect(&h);
     util_db_deinit(&h);
-}
-
-// ---- Allocation failure at every allocation of the array getters (the list getters: their own tests) ----
-
-// A getter answering a count and an array: 2 with the array, or -1 with none.
-template <typename T, typename Free>
-bool counted(db_handle_t* h, int n, T* const& a, Free release) {  // `a` is read after the call
-    EXPECT_TRUE(n == 2 || (n == -1 && a == nullptr)) << n;
-    if (n > 0) release(h, a);
-    return n > 0;
-}
-// Each getter answers true when it handed over a result (freed here).
-#define ARRAY(T, fn, args, free) {#fn, [](db_handle_t* h) { T* a = nullptr; return counted(h, fn args, a, free); }}
-
-class AllocSweepTest : public LibraryTest {};
-
-TEST_F(AllocSweepTest, EveryAllocationOfEveryGetterFailsCleanly) {
-    truncate({"Assets", "AssetProperties", "SecurityAreas", "SecurityAreaInterfaces"});
-    exec("insert into SecurityAreas (securityAreaId, name, enable) values (1, 'lan', 1)");
-    exec("insert into SecurityAreaInterfaces (securityAreaId, interfaceName) values (1, 'eth1'), (1, 'eth2')");
-    exec("insert into Assets (assetId, ipAddress, macAddress, securityAreaName) values "
-         "(1, '10.0.0.1', 'aa:01', 'lan'), (2, '10.0.0.2', 'aa:02', 'lan')");
-    exec("insert into AssetProperties (assetId, assetPropertyType) values (1, 3), (2, 3)");
-
-    const std::vector<std::pair<const char*, std::function<bool(db_handle_t*)>>> getters = {
-        ARRAY(asset_info_t, get_ipmac_asset_info, (h, 3, &a), ipmac_asset_free),
-        ARRAY(asset_intface_t, get_interfaces_by_devinfo, (h, "10.0.0.1", "aa:01", &a), devinfo_interfaces_free),
-    };
-    log_off();
-    for (const auto& [name, call] : getters) {
-        SCOPED_TRACE(name);
-        const unsigned long before = util_db_test_alloc_count;
-        ASSERT_TRUE(call(&h));
-        const int allocations = static_cast<int>(util_db_test_alloc_count - before);
-        EXPECT_GT(allocations, 0);
-        for (int n = 1; n <= allocations; ++n) {
-            SCOPED_TRACE("failing allocation " + std::to_string(n));
-            bool listed = true;
-            EXPECT_EQ(leaked_bytes([&] { FailAlloc fail(n); listed = call(&h); }), 0);
-            EXPECT_FALSE(listed);
-        }
-        EXPECT_TRUE(call(&h));  // nothing left behind that changes the next call
-        printf("alloc sweep: %s: %d allocations, each failed once\n", name, allocations);
-    }
 }
 
 }  // namespace
