@@ -333,44 +333,27 @@ TEST_F(BadInputTest, EveryByteValueReachesTheStatement) {
 TEST_F(BadInputTest, StatementLayerSurvivesBadCalls) {
     log_on(7);
     db_handle_t no_conn{nullptr, 1, h.mutex}, no_mutex{h.conn, 1, nullptr};
-    const std::string huge = "select '" + std::string(4 << 20, 'x') + "'";
-    const std::string bad = "Data base query faild: ";
-    struct Call {
-        db_handle_t* handle;
-        const std::string cmd;
-        bool store;
-        int result;          // 0: ran (a result set from db_store_result), -1: failed
-        std::string error;   // the start of the one text at priority 3 ("": none)
-    };
-    const Call calls[] = {
-        {nullptr, "select 1", false, -1, ""},    {nullptr, "select 1", true, -1, ""},
-        {&no_conn, "select 1", false, -1, ""},   {&no_mutex, "select 1", true, -1, ""},
-        {&h, "", false, -1, bad + "Query was empty\n"}, {&h, "", true, -1, bad + "Query was empty\n"},
-        {&h, huge, false, 0, ""},                {&h, huge, true, 0, ""},
+    const std::string huge = "select '" + std::string(4 << 20, 'x') + "'", bad = "Data base query faild: ";
+    const std::string syntax = bad + "You have an error in your SQL syntax";
+    // handle, statement, through db_store_result, result (0 ran, -1 failed), start of the one error text ("" none)
+    const struct { db_handle_t* handle; std::string cmd; bool store; int result; std::string error; } calls[] = {
+        {nullptr, "select 1", false, -1, ""}, {nullptr, "select 1", true, -1, ""}, {&no_conn, "select 1", false, -1, ""},
+        {&no_mutex, "select 1", true, -1, ""}, {&h, "", false, -1, bad + "Query was empty\n"},
+        {&h, "", true, -1, bad + "Query was empty\n"}, {&h, huge, false, 0, ""}, {&h, huge, true, 0, ""},
         {&h, "select * from SecurityAreas", false, 0, ""},
         {&h, "insert into Servers (name) values ('x')", true, -1, "Data base store result: \n"},
-        {&h, "select 1; select 2", false, -1, bad + "You have an error in your SQL syntax"},
-        {&h, "\xff\xfe;", true, -1, bad + "You have an error in your SQL syntax"},
-        {&h, "select * from NoSuchTable", false, -1, bad + "Table 'firewall.NoSuchTable' doesn't exist\n"},
-    };
-    for (const Call& c : calls) {
+        {&h, "select 1; select 2", false, -1, syntax}, {&h, "\xff\xfe;", true, -1, syntax},
+        {&h, "select * from NoSuchTable", false, -1, bad + "Table 'firewall.NoSuchTable' doesn't exist\n"}};
+    for (const auto& c : calls) {
         SCOPED_TRACE(c.cmd.substr(0, 40) + (c.store ? " (store)" : " (query)"));
         clear();
-        int r = -1;
-        if (!c.store) {
-            r = db_query(c.handle, c.cmd.c_str());
-        } else if (void* res = db_store_result(c.handle, c.cmd.c_str())) {
-            r = 0;
-            mysql_free_result(static_cast<MYSQL_RES*>(res));
-        }
-        EXPECT_EQ(r, c.result);
+        void* res = c.store ? db_store_result(c.handle, c.cmd.c_str()) : nullptr;
+        EXPECT_EQ(c.store ? (res ? 0 : -1) : db_query(c.handle, c.cmd.c_str()), c.result);
+        mysql_free_result(static_cast<MYSQL_RES*>(res));
         const std::vector<std::string> errors = texts(3);
         EXPECT_EQ(errors.size(), c.error.empty() ? 0u : 1u);
-        if (!errors.empty()) {
-            EXPECT_EQ(errors[0].rfind(c.error, 0), 0u) << errors[0];
-        }
-        EXPECT_EQ(c.handle == &h || logged(7, "Invalid param\n"), true);
-        EXPECT_EQ(sent().size(), c.handle == &h ? 1u : 0u);
+        EXPECT_EQ((errors.empty() ? "" : errors[0]).rfind(c.error, 0), 0u);
+        EXPECT_TRUE(c.handle == &h ? sent().size() == 1 : sent().empty() && logged(7, "Invalid param\n"));
         EXPECT_EQ(h.flag & 1u, 1u);  // a failed statement keeps the connection
         util_db::Result answer = util_db::store(&h, "select count(*) from SecurityAreas");
         ASSERT_TRUE(answer);

@@ -23,17 +23,6 @@ namespace {
 
 char* W(const char* s) { return const_cast<char*>(s); }
 
-// Removes predefined service `id` and, given a name, adds it again with its rules
-// (serverId, max src, min src, max dst, min dst).
-void predefined(int id, const std::string& name = "", const std::string& rules = "") {
-    const std::string sid = std::to_string(id);
-    exec("delete from PredefineServerRules where serverId = " + sid);
-    exec("delete from PredefineServers where serverId = " + sid + " or name = '" + name + "'");
-    if (name.empty()) return;
-    exec("insert into PredefineServers (serverId, name) values (" + sid + ", '" + name + "')");
-    exec("insert into PredefineServerRules (serverId, maxsrcport, minsrcport, maxdstport, mindstport) values " + rules);
-}
-
 // ---- Soak ----
 
 constexpr int kOwnThreads = 3;     // a handle each
@@ -118,7 +107,11 @@ void work(Worker& w) {
 
 TEST(LoadTest, SoakThroughTwoServerRestarts) {
     truncate({"Servers", "ServerRules", "SecurityAreas", "SecurityAreaInterfaces"});
-    predefined(101, "soaksvc", "(101, '65535', '0', '80', '80')");
+    exec("delete from PredefineServers where serverId = 101 or name = 'soaksvc'");
+    exec("delete from PredefineServerRules where serverId = 101");
+    exec("insert into PredefineServers (serverId, name) values (101, 'soaksvc')");
+    exec("insert into PredefineServerRules (serverId, maxsrcport, minsrcport, maxdstport, mindstport) "
+         "values (101, '65535', '0', '80', '80')");
     exec("insert into SecurityAreas (securityAreaId, name) values (1, 'lan')");
     exec("insert into SecurityAreaInterfaces (securityAreaId, interfaceName) values (1, 'eth1'), (1, 'eth2')");
 
@@ -189,7 +182,6 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
            seconds, kOwnThreads + kSharedThreads, kOwnThreads, kSharedThreads, kRestarts, calls, ok, down, up,
            recoveries, writes, applied_anyway, slowest);
     EXPECT_LT(seconds, 45.0);
-    predefined(101);
 }
 
 // The library's connections are killed while the server stays up, and the
