@@ -1,5 +1,5 @@
-// Connection handle, statement execution, diagnostic log, field model and the
-// accessor toolkit, against the private server.
+// Connection handle, statement execution, diagnostic log and field model,
+// against the private server.
 #include <stdlib.h>
 #include <string.h>
 
@@ -18,16 +18,6 @@ protected:
     }
 };
 
-// The raw record of the first debug line whose text (without prefix) is `text`.
-std::string raw_debug(const std::string& text) {
-    for (const LogRecord& r : logs()) {
-        if (r.priority == 7 && strip_site(r.text) == text) {
-            return r.text;
-        }
-    }
-    return "";
-}
-
 }  // namespace
 
 // ---- Lifecycle ----
@@ -35,8 +25,8 @@ std::string raw_debug(const std::string& text) {
 TEST_F(BlankHandleTest, InitValidatesAllocatesOnceAndConnectNeedsInit) {
     EXPECT_EQ(util_db_init(nullptr), nullptr);
     EXPECT_EQ(records(), (std::vector<std::string>{"7:Invalid param\n"}));
-    std::string file;
-    strip_site(raw_debug("Invalid param\n"), &file);
+    std::string file;  // the core's debug records carry its source file
+    strip_site(logs()[0].text, &file);
     EXPECT_EQ(file, "util-db-common.cpp");
 
     clear();
@@ -251,8 +241,19 @@ TEST_F(LibraryTest, DebugRecordsCarryTheSiteAndAreCutAt2048Bytes) {
 
 // ---- Field, condition and table-description model ----
 
-// db_fill_row and the value formatter (the lookup tables are data, not logic).
-TEST(FieldModel, FillRowAndValueToString) {
+TEST(FieldModel, LookupsFillRowAndValueToString) {
+    struct table_field_help cols[2] = {{1, "id", DB_INT, 11, 0, 0, 1}, {2, "name", DB_VARCHAR, 64, 0, 0, 0}};
+    const auto str = [](const char* p) { return std::string(p ? p : "(null)"); };
+    EXPECT_EQ((std::vector<std::string>{str(db_get_cond(DB_EQU)), str(db_get_cond(DB_NEQ)),
+                                        str(db_get_cond(DB_COND_TYPE_NULL)), str(db_get_logic(DB_AND)),
+                                        str(db_get_logic(DB_NOT)), str(db_get_logic(DB_LOGIC_TYPE_NULL)),
+                                        str(db_get_table(DB_TABLE_NULL)), str(db_get_table(DB_TABLE_ID_HA)),
+                                        str(error_help_info[0].err_str), str(db_val2str(cols, 0)),
+                                        str(db_val2str(cols, 2))}),  // the index is only tested for zero
+              (std::vector<std::string>{"=", "!=", "(null)", "and", "not", "(null)", "(null)", "", "", "(null)", "id"}));
+    EXPECT_TRUE(db_get_help_info(DB_TABLE_ID_HA) == nullptr && db_get_help_info(DB_TABLE_NULL) == nullptr);
+    EXPECT_EQ(error_help_info[0].err_code, 0);
+
     struct db_field rows[4];
     memset(rows, 0, sizeof rows);
     struct db_field f{};

@@ -41,7 +41,8 @@ TEST_F(DeviceTest, SettersActOnEveryRowWithoutWhereClause) {
     EXPECT_EQ(all_setters(), Ints(6, 0));  // empty table: success, nothing changes
     EXPECT_EQ(sent(), statements);
 
-    EXPECT_EQ((Ints{insertWorkModeBasicSettings(&h, 4), insertWorkModeBasicSettings(&h, 0)}), (Ints{0, 0}));
+    EXPECT_EQ((Ints{insertWorkModeBasicSettings(&h, 4), insertWorkModeBasicSettings(&h, 0),
+                    insertWorkModeBasicSettings(&h, -1)}), (Ints{0, 0, -1}));
     EXPECT_EQ(sent().back(), "insert into BasicSettings (basicSettingType) VALUES(0);");
     clear();
     EXPECT_EQ(all_setters(), Ints(6, 0));
