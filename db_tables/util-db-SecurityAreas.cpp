@@ -59,8 +59,9 @@ bool zone_id(db_handle_t* connection, const char* name, const RowMessages& msgs,
  * The zone's address list in the caller's buffer. Each piece goes to the
  * cursor, bounded by the buffer length minus the text already in the buffer;
  * the cursor then advances by the piece's full length. Nothing is ever
- * written at or past the buffer's end (a cut piece leaves the cursor there),
- * and a buffer of no or negative length is never written.
+ * written at or past the buffer's end (a cut piece leaves the cursor there).
+ * A negative length sets no bound at all: the caller vouches for its buffer,
+ * which is written as one large enough for the whole list.
  */
 class AddressList {
 public:
@@ -68,11 +69,7 @@ public:
 
     bool empty() const { return buf_[0] == '\0'; }
 
-    void clear() {
-        if (len_ > 0) {
-            buf_[0] = '\0';
-        }
-    }
+    void clear() { buf_[0] = '\0'; }
 
     void append(const char* fmt, ...) __attribute__((format(printf, 2, 3))) {
         const long long limit = static_cast<long long>(len_) - static_cast<long long>(strlen(buf_));
@@ -80,8 +77,19 @@ public:
         const long long bound = limit < room ? limit : room;
         va_list ap;
         va_start(ap, fmt);
-        const int n = bound > 0 ? vsnprintf(buf_ + cursor_, static_cast<size_t>(bound), fmt, ap)
-                                : vsnprintf(NULL, 0, fmt, ap);
+        int n;
+        if (len_ < 0) {
+            va_list again;
+            va_copy(again, ap);
+            n = vsnprintf(NULL, 0, fmt, again);
+            va_end(again);
+            if (n >= 0) {
+                vsnprintf(buf_ + cursor_, static_cast<size_t>(n) + 1, fmt, ap);
+            }
+        } else {
+            n = bound > 0 ? vsnprintf(buf_ + cursor_, static_cast<size_t>(bound), fmt, ap)
+                          : vsnprintf(NULL, 0, fmt, ap);
+        }
         va_end(ap);
         if (n > 0) {
             cursor_ += n;

@@ -67,8 +67,8 @@ UTIL_DB_API int selectInterfaceInfoByNameSA(db_handle_t* connection, char* name,
  * member without one, then the enabled asset addresses of the zone,
  * comma-joined; "any" when there are none. Returns ret_str, or NULL (also for
  * a zone without members). Pass an empty buffer: when the member list cannot
- * be read the buffer is not cleared first. A negative ret_len gives a buffer
- * without room: nothing is written. */
+ * be read the buffer is not cleared first. A negative ret_len sets no bound:
+ * the list (or "any") is written whole, the caller vouching for its buffer. */
 UTIL_DB_API char* selectIpaddressInfoByNameSA(db_handle_t* connection, char* name, char* ret_str, int ret_len);
 
 /* Log every row of SecurityAreas / SecurityAreaInterfaces at the debug

@@ -8,80 +8,77 @@
 #include <string.h>
 #include <syslog.h>
 
+#include <algorithm>
+#include <atomic>
+#include <fstream>
 #include <mutex>
+
+// Live heap bytes as the address sanitizer counts them (requested sizes).
+extern "C" size_t __sanitizer_get_current_allocated_bytes(void);
 
 namespace {
 
 std::mutex g_mutex;
 std::vector<std::string> g_statements;
 std::vector<testbed::LogRecord> g_logs;
-int g_open = 0;
-int g_close = 0;
+std::vector<std::pair<int, unsigned int>> g_options;
+int g_open = 0, g_close = 0, g_option = 0, g_facility = 0, g_fail_fetch_at = 0, g_fail_options_at = 0;
 bool g_opened = false;
 std::string g_ident;
-int g_option = 0;
-int g_facility = 0;
-int g_fail_fetch_at = 0;
-int g_fail_options_at = 0;
-thread_local bool t_own = false;  // the harness's own connection is not recorded
+thread_local bool t_own = false;    // the harness's own connection is not recorded
+std::atomic<bool> g_paused{false};  // nothing is recorded (heap counts see only the library)
+MYSQL* g_db = nullptr;
 
-std::vector<std::pair<int, unsigned int>> g_options;
-using query_fn = int (*)(MYSQL*, const char*);
-using options_fn = int (*)(MYSQL*, enum mysql_option, const void*);
-using fetch_fn = MYSQL_ROW (*)(MYSQL_RES*);
-
-query_fn real_query() {
-    static query_fn fn = reinterpret_cast<query_fn>(dlsym(RTLD_NEXT, "mysql_query"));
-    return fn;
+// The client library's own function of that name.
+template <class Fn> Fn real(const char* name) { return reinterpret_cast<Fn>(dlsym(RTLD_NEXT, name)); }
+int real_query(MYSQL* m, const char* q) {
+    static auto fn = real<int (*)(MYSQL*, const char*)>("mysql_query");
+    return fn(m, q);
+}
+MYSQL_ROW real_fetch(MYSQL_RES* r) {
+    static auto fn = real<MYSQL_ROW (*)(MYSQL_RES*)>("mysql_fetch_row");
+    return fn(r);
 }
 
-fetch_fn real_fetch() {
-    static fetch_fn fn = reinterpret_cast<fetch_fn>(dlsym(RTLD_NEXT, "mysql_fetch_row"));
-    return fn;
+// A copy of shared state, taken under the lock.
+template <class T> T locked(const T& v) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    return v;
 }
+
+// True (and counted down) when the call that brings `at` to 0 is now.
+bool now(int& at) { return at > 0 && --at == 0; }
 
 void record(int priority, const char* fmt, va_list ap) __attribute__((format(printf, 2, 0)));
 void record(int priority, const char* fmt, va_list ap) {
+    if (g_paused) return;
     char buf[65536];
     vsnprintf(buf, sizeof buf, fmt, ap);
     std::lock_guard<std::mutex> lock(g_mutex);
     g_logs.push_back({priority, buf, g_ident, g_option, g_facility, g_opened});
 }
 
-MYSQL* g_db = nullptr;
-
 void own_connect() {
-    if (g_db != nullptr) {
-        mysql_close(g_db);
-    }
+    if (g_db != nullptr) mysql_close(g_db);
     g_db = mysql_init(nullptr);
-    t_own = true;
     const char* port = getenv("MYSQL_TCP_PORT");
     if (mysql_real_connect(g_db, "127.0.0.1", "root", "582914", "firewall",
                            port ? static_cast<unsigned>(atoi(port)) : 0, nullptr, 0) == nullptr) {
         ADD_FAILURE() << "test connection: " << mysql_error(g_db);
     }
-    t_own = false;
 }
 
-MYSQL* own() {
-    if (g_db == nullptr) {
-        own_connect();
-    }
-    return g_db;
-}
-
-bool own_query(const std::string& sql) {
+// Runs sql on the harness's connection (reconnected once when the server was restarted).
+bool own_query(const std::string& sql, bool must = true) {
     t_own = true;
-    int rc = real_query()(own(), sql.c_str());
+    if (g_db == nullptr) own_connect();
+    int rc = real_query(g_db, sql.c_str());
     if (rc != 0 && (mysql_errno(g_db) == CR_SERVER_GONE_ERROR || mysql_errno(g_db) == CR_SERVER_LOST)) {
         own_connect();
-        rc = real_query()(g_db, sql.c_str());
+        rc = real_query(g_db, sql.c_str());
     }
     t_own = false;
-    if (rc != 0) {
-        ADD_FAILURE() << "test statement failed: " << sql << ": " << mysql_error(g_db);
-    }
+    if (rc != 0 && must) ADD_FAILURE() << "test statement failed: " << sql << ": " << mysql_error(g_db);
     return rc == 0;
 }
 
@@ -97,37 +94,31 @@ void run_script(const char* action) {
 // ---- Interposed client and system-log functions ----
 
 extern "C" int mysql_query(MYSQL* mysql, const char* q) {
-    if (!t_own) {
+    if (!t_own && !g_paused) {
         std::lock_guard<std::mutex> lock(g_mutex);
         g_statements.emplace_back(q ? q : "(null)");
     }
-    return real_query()(mysql, q);
+    return real_query(mysql, q);
 }
 
 extern "C" int mysql_options(MYSQL* mysql, enum mysql_option option, const void* arg) {
-    static options_fn real = reinterpret_cast<options_fn>(dlsym(RTLD_NEXT, "mysql_options"));
-    if (!t_own) {
+    static auto fn = real<int (*)(MYSQL*, enum mysql_option, const void*)>("mysql_options");
+    if (!t_own && !g_paused) {
         std::lock_guard<std::mutex> lock(g_mutex);
-        if (g_fail_options_at > 0 && --g_fail_options_at == 0) {
-            return 1;
-        }
+        if (now(g_fail_options_at)) return 1;
         unsigned int value = 0;
-        if (arg != nullptr) {
-            memcpy(&value, arg, sizeof value);
-        }
+        if (arg != nullptr) memcpy(&value, arg, sizeof value);
         g_options.emplace_back(static_cast<int>(option), value);
     }
-    return real(mysql, option, arg);
+    return fn(mysql, option, arg);
 }
 
 extern "C" MYSQL_ROW mysql_fetch_row(MYSQL_RES* res) {
     {
         std::lock_guard<std::mutex> lock(g_mutex);
-        if (!t_own && g_fail_fetch_at > 0 && --g_fail_fetch_at == 0) {
-            return nullptr;
-        }
+        if (!t_own && now(g_fail_fetch_at)) return nullptr;
     }
-    return real_fetch()(res);
+    return real_fetch(res);
 }
 
 extern "C" void openlog(const char* ident, int option, int facility) {
@@ -146,6 +137,7 @@ extern "C" void closelog(void) {
 }
 
 extern "C" void vsyslog(int priority, const char* fmt, va_list ap) { record(priority, fmt, ap); }
+extern "C" void __vsyslog_chk(int priority, int, const char* fmt, va_list ap) { record(priority, fmt, ap); }
 
 extern "C" void syslog(int priority, const char* fmt, ...) {
     va_list ap;
@@ -161,34 +153,13 @@ extern "C" void __syslog_chk(int priority, int, const char* fmt, ...) {
     va_end(ap);
 }
 
-extern "C" void __vsyslog_chk(int priority, int, const char* fmt, va_list ap) { record(priority, fmt, ap); }
-
 namespace testbed {
 
-std::vector<std::string> statements() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return g_statements;
-}
-
-std::vector<LogRecord> logs() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return g_logs;
-}
-
-int open_count() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return g_open;
-}
-
-int close_count() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return g_close;
-}
-
-std::vector<std::pair<int, unsigned int>> options() {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return g_options;
-}
+std::vector<std::string> statements() { return locked(g_statements); }
+std::vector<LogRecord> logs() { return locked(g_logs); }
+std::vector<std::pair<int, unsigned int>> options() { return locked(g_options); }
+int open_count() { return locked(g_open); }
+int close_count() { return locked(g_close); }
 
 void clear() {
     std::lock_guard<std::mutex> lock(g_mutex);
@@ -198,33 +169,19 @@ void clear() {
     g_open = g_close = 0;
 }
 
-void fail_options_at(int n) {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    g_fail_options_at = n;
-}
-
-void fail_fetch_at(int n) {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    g_fail_fetch_at = n;
-}
+void fail_options_at(int n) { std::lock_guard<std::mutex> lock(g_mutex); g_fail_options_at = n; }
+void fail_fetch_at(int n) { std::lock_guard<std::mutex> lock(g_mutex); g_fail_fetch_at = n; }
 
 void exec(const std::string& sql) { own_query(sql); }
 
 std::vector<Row> rows(const std::string& sql) {
     std::vector<Row> out;
-    if (!own_query(sql)) {
-        return out;
-    }
+    if (!own_query(sql)) return out;
     t_own = true;
-    MYSQL_RES* res = mysql_store_result(g_db);
-    if (res != nullptr) {
-        const unsigned int n = mysql_num_fields(res);
-        while (MYSQL_ROW row = real_fetch()(res)) {
-            Row r;
-            for (unsigned int i = 0; i < n; ++i) {
-                r.push_back(row[i] ? Cell(row[i]) : std::nullopt);
-            }
-            out.push_back(r);
+    if (MYSQL_RES* res = mysql_store_result(g_db)) {
+        while (MYSQL_ROW row = real_fetch(res)) {
+            Row& r = out.emplace_back();
+            for (unsigned int i = 0; i < mysql_num_fields(res); ++i) r.push_back(row[i] ? Cell(row[i]) : std::nullopt);
         }
         mysql_free_result(res);
     }
@@ -234,10 +191,7 @@ std::vector<Row> rows(const std::string& sql) {
 
 Cell value(const std::string& sql) {
     std::vector<Row> r = rows(sql);
-    if (r.empty() || r[0].empty()) {
-        return std::nullopt;
-    }
-    return r[0][0];
+    return r.empty() || r[0].empty() ? std::nullopt : r[0][0];
 }
 
 long count(const std::string& table, const std::string& where) {
@@ -246,30 +200,45 @@ long count(const std::string& table, const std::string& where) {
 }
 
 void truncate(const std::vector<std::string>& tables) {
-    for (const std::string& t : tables) {
-        exec("truncate table " + t);
-    }
+    for (const std::string& t : tables) exec("truncate table " + t);
 }
 
 void server_stop() { run_script("stop"); }
 void server_start() { run_script("start"); }
 
+long server_pid() {
+    long pid = -1;
+    const char* dir = getenv("UTIL_DB_SERVER_DIR");
+    std::ifstream(std::string(dir ? dir : ".") + "/mysqld.pid") >> pid;
+    return pid;
+}
+
+void kill_connections() {
+    for (const Row& r : rows("select id from information_schema.processlist where id <> connection_id() "
+                             "and user = 'root' and command <> 'Daemon'")) {
+        own_query("KILL " + *r[0], false);  // one may have gone already
+    }
+}
+
+long leaked_bytes(const std::function<void()>& call) {
+    g_paused = true;
+    const long before = static_cast<long>(__sanitizer_get_current_allocated_bytes());
+    {
+        Unreported unreported;
+        call();
+    }
+    const long after = static_cast<long>(__sanitizer_get_current_allocated_bytes());
+    g_paused = false;
+    return after - before;
+}
+
 std::string strip_site(const std::string& text, std::string* file) {
     // "path:line " then the message
     const size_t colon = text.find(':');
-    if (colon == std::string::npos) {
-        return text;
-    }
-    size_t i = colon + 1;
-    while (i < text.size() && isdigit(static_cast<unsigned char>(text[i]))) {
-        ++i;
-    }
-    if (i == colon + 1 || i >= text.size() || text[i] != ' ') {
-        return text;
-    }
-    if (file != nullptr) {
-        *file = text.substr(0, colon);
-    }
+    size_t i = colon == std::string::npos ? text.size() : colon + 1;
+    while (i < text.size() && isdigit(static_cast<unsigned char>(text[i]))) ++i;
+    if (colon == std::string::npos || i == colon + 1 || i >= text.size() || text[i] != ' ') return text;
+    if (file != nullptr) *file = text.substr(0, colon);
     return text.substr(i + 1);
 }
 
@@ -291,22 +260,13 @@ void LibraryTest::TearDown() {
     fail_fetch_at(0);
 }
 
-void LibraryTest::log_on(int level) {
-    util_db_log_switch = 1;
-    util_db_log_level = level;
-}
-
-void LibraryTest::log_off() {
-    util_db_log_switch = 0;
-    util_db_log_level = 0;
-}
+void LibraryTest::log_on(int level) { util_db_log_switch = 1, util_db_log_level = level; }
+void LibraryTest::log_off() { util_db_log_switch = 0, util_db_log_level = 0; }
 
 std::vector<std::string> LibraryTest::texts(int priority) const {
     std::vector<std::string> out;
     for (const LogRecord& r : logs()) {
-        if (r.priority == priority) {
-            out.push_back(priority == 7 ? strip_site(r.text) : r.text);
-        }
+        if (r.priority == priority) out.push_back(priority == 7 ? strip_site(r.text) : r.text);
     }
     return out;
 }
@@ -320,12 +280,8 @@ std::vector<std::string> LibraryTest::records() const {
 }
 
 bool LibraryTest::logged(int priority, const std::string& text) const {
-    for (const std::string& t : texts(priority)) {
-        if (t == text) {
-            return true;
-        }
-    }
-    return false;
+    const std::vector<std::string> t = texts(priority);
+    return std::find(t.begin(), t.end(), text) != t.end();
 }
 
 }  // namespace testbed

@@ -10,7 +10,9 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sanitizer/lsan_interface.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,9 +55,28 @@ Cell value(const std::string& sql);        // first cell of the first row (nullo
 long count(const std::string& table, const std::string& where = "");
 void truncate(const std::vector<std::string>& tables);
 
-// The private server: stop and start it again (same port and data).
+// The private server: stop and start it again (same port and data); its
+// process id; KILL every connection but the harness's own (the library's).
 void server_stop();
 void server_start();
+long server_pid();
+void kill_connections();
+
+// Heap bytes that call() leaves allocated; nothing is captured meanwhile. The
+// blocks it leaves are kept out of the exit-time leak report: assert the amount.
+long leaked_bytes(const std::function<void()>& call);
+// Keeps what is allocated in its scope out of the exit-time leak report (for a
+// call whose deliberate leak another case measures).
+struct Unreported {
+    Unreported() { __lsan_disable(); }
+    ~Unreported() { __lsan_enable(); }
+};
+
+#ifdef UTIL_DB_SAFE
+constexpr bool kSafe = true;  // the safe profile: no deliberate leak, escaping, refusal of long statements
+#else
+constexpr bool kSafe = false;
+#endif
 
 // Removes the "file:line " prefix of a debug record; returns the file part in *file.
 std::string strip_site(const std::string& text, std::string* file = nullptr);

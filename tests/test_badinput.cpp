@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "harness.h"
+#include "util-db-accessor.h"
 
 using namespace testbed;
 
@@ -81,6 +82,12 @@ db_trait_info* traitrec(const Values& v) {
     db_trait_info& t = zeroed<db_trait_info>();
     t.appid = 1, t.toffset = v[0], t.trait = v[1], t.depth = v[2];
     return &t;
+}
+
+// The member result set it leaves on success is measured by the zone tests.
+long members(db_handle_t* h, char* zone) {
+    Unreported measured_elsewhere;
+    return selectInterfaceInfoByNameSA(h, zone, g_out, 256);
 }
 
 // Rows: kind, NULL handling and ordinary values of the string arguments, the
@@ -172,7 +179,7 @@ std::vector<Case> cases() {
         ROW(Change, "R", "Zq1", updateSecurityAreas, v[0], 1),
         ROW(Change, "RR", "ZoneA Zq2", insertMainFrame, v[0], v[1]), ROW(Change, "R", "ZoneA", deleteMainFrame, v[0]),
         BUF("R", "Zq1", select_name_by_interfacename_SA, v[0], g_out),
-        ROW(Number, "R", "ZoneA", selectInterfaceInfoByNameSA, v[0], g_out, 256),
+        row("selectInterfaceInfoByNameSA", Kind::Number, "R", "ZoneA", FN(members(h, v[0]))),
         BUF("R", "ZoneA", selectIpaddressInfoByNameSA, v[0], (g_out[0] = '\0', g_out), 256),
         ROW(Change, "A", "Zq1", deleteAddressPoolsTableByName, v[0]),
         ROW(Change, "RRR", "Zq1 Zq2 Zq3", insertAddressPoolsTable, v[0], v[1], v[2], 1, 1),
@@ -261,6 +268,13 @@ protected:
             const std::string value = probe + std::string(pad + extra, 'x');
             const long r = run(value.c_str());
             EXPECT_TRUE(documented(c.kind, r)) << r;
+#ifdef UTIL_DB_SAFE
+            if (carried && extra > 0) {  // refused whole: the statement is not sent, nor any after it
+                EXPECT_EQ(stmts.size(), at);
+                EXPECT_EQ(r, c.cut);
+                continue;
+            }
+#endif
             for (const std::string& s : stmts) EXPECT_LE(s.size(), c.max);
             if (!carried) continue;
             ASSERT_GT(stmts.size(), at);
@@ -272,24 +286,18 @@ protected:
     }
 };
 
+// Also the handle argument: NULL, and a blank (zeroed, never initialised)
+// handle. Every function answers what it answers when its statement cannot run
+// (or, for NULL, its failure value when it tests the handle), and sends nothing.
 TEST_F(BadInputTest, EveryStringArgumentOfEveryFunction) {
+    db_handle_t blank{};
     for (const Case& c : cases()) {
         ASSERT_EQ(std::string(c.nulls).size(), c.base.size()) << c.name;
         for (size_t i = 0; i < c.base.size(); ++i) check_argument(c, i);
-    }
-}
-
-// The handle argument: NULL, and a blank (zeroed, never initialised) handle.
-// Every function answers what it answers when its statement cannot run (or,
-// for NULL, its failure value when it tests the handle), and sends nothing.
-TEST_F(BadInputTest, NullAndBlankHandles) {
-    db_handle_t blank{};
-    for (const Case& c : cases()) {
         for (db_handle_t* handle : {static_cast<db_handle_t*>(nullptr), &blank}) {
             SCOPED_TRACE(std::string(c.name) + (handle ? " blank handle" : " NULL handle"));
             clear();
             const long r = c.call(handle, c.base);
-            // A function that tests the handle itself refuses NULL with its failure value.
             EXPECT_TRUE(r == c.cut || (handle == nullptr && r == failure(c.kind))) << r;
             EXPECT_TRUE(sent().empty());
         }
@@ -297,17 +305,60 @@ TEST_F(BadInputTest, NullAndBlankHandles) {
 }
 
 // Bytes of every value in a name: the statement carries them verbatim (a
-// quote or NUL changes it, nothing is escaped), and the results stay documented.
-TEST_F(BadInputTest, EveryByteValueReachesTheStatementVerbatim) {
+// quote changes it, nothing is escaped; the safe profile escapes every quoted
+// value, so such a name is stored and found exactly), and a value is never a format.
+TEST_F(BadInputTest, EveryByteValueReachesTheStatement) {
     std::string all;
     for (int b = 1; b < 256; ++b) all += std::string(b != '\'' && b != '\\', static_cast<char>(b));  // 0 or 1 of it
     EXPECT_EQ(updateSecurityAreas(&h, W(all.c_str()), 1), 0);
     ASSERT_EQ(sent().size(), 1u);
-    EXPECT_NE(sent()[0].find(all), std::string::npos);
+    EXPECT_EQ(sent()[0].find(all) != std::string::npos, !kSafe);  // the safe profile escapes "\n\r\"\x1a
+    EXPECT_EQ(checkServersByName(&h, W("%s%n%d")), 0);
+    const char* quoted = "it's \"q\" \\";
     clear();
-    EXPECT_EQ(updateSecurityAreas(&h, W("a'b"), 1), -1);  // the quote ends the value early
-    EXPECT_EQ(sent(), std::vector<std::string>{"UPDATE SecurityAreas SET enable = 1 WHERE name = 'a'b';"});
-    EXPECT_EQ(checkServersByName(&h, W("%s%n%d")), 0);  // a value is never a format
+    const int added = insertSecurityAreas(&h, W(quoted));
+#ifdef UTIL_DB_SAFE
+    EXPECT_EQ(added, 0);
+    EXPECT_EQ(count("SecurityAreas", "name = 'it\\'s \"q\" \\\\'"), 1);
+    EXPECT_EQ(insertSecurityAreas(&h, W(quoted)), -1);  // found: it exists
+#else
+    EXPECT_EQ(added, -1);  // the quote ends the value early
+    EXPECT_EQ(sent()[0], "select securityAreaId from SecurityAreas where name= 'it's \"q\" \\';");
+#endif
+}
+
+// db_query and db_store_result given what they should not be: each gives its
+// failure result (a SELECT through db_query runs and drops its rows), logs
+// what it must, and the handle still answers the next statement.
+TEST_F(BadInputTest, StatementLayerSurvivesBadCalls) {
+    log_on(7);
+    db_handle_t no_conn{nullptr, 1, h.mutex}, no_mutex{h.conn, 1, nullptr};
+    const std::string huge = "select '" + std::string(4 << 20, 'x') + "'", bad = "Data base query faild: ";
+    const std::string syntax = bad + "You have an error in your SQL syntax";
+    // handle, statement, through db_store_result, result (0 ran, -1 failed), start of the one error text ("" none)
+    const struct { db_handle_t* handle; std::string cmd; bool store; int result; std::string error; } calls[] = {
+        {nullptr, "select 1", false, -1, ""}, {nullptr, "select 1", true, -1, ""}, {&no_conn, "select 1", false, -1, ""},
+        {&no_mutex, "select 1", true, -1, ""}, {&h, "", false, -1, bad + "Query was empty\n"},
+        {&h, "", true, -1, bad + "Query was empty\n"}, {&h, huge, false, 0, ""}, {&h, huge, true, 0, ""},
+        {&h, "select * from SecurityAreas", false, 0, ""},
+        {&h, "insert into Servers (name) values ('x')", true, -1, "Data base store result: \n"},
+        {&h, "select 1; select 2", false, -1, syntax}, {&h, "\xff\xfe;", true, -1, syntax},
+        {&h, "select * from NoSuchTable", false, -1, bad + "Table 'firewall.NoSuchTable' doesn't exist\n"}};
+    for (const auto& c : calls) {
+        SCOPED_TRACE(c.cmd.substr(0, 40) + (c.store ? " (store)" : " (query)"));
+        clear();
+        void* res = c.store ? db_store_result(c.handle, c.cmd.c_str()) : nullptr;
+        EXPECT_EQ(c.store ? (res ? 0 : -1) : db_query(c.handle, c.cmd.c_str()), c.result);
+        mysql_free_result(static_cast<MYSQL_RES*>(res));
+        const std::vector<std::string> errors = texts(3);
+        EXPECT_EQ(errors.size(), c.error.empty() ? 0u : 1u);
+        EXPECT_EQ((errors.empty() ? "" : errors[0]).rfind(c.error, 0), 0u);
+        EXPECT_TRUE(c.handle == &h ? sent().size() == 1 : sent().empty() && logged(7, "Invalid param\n"));
+        EXPECT_EQ(h.flag & 1u, 1u);  // a failed statement keeps the connection
+        util_db::Result answer = util_db::store(&h, "select count(*) from SecurityAreas");
+        ASSERT_TRUE(answer);
+        EXPECT_STREQ(answer.fetch()[0], "1");
+    }
 }
 
 }  // namespace

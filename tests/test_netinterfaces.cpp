@@ -112,17 +112,16 @@ TEST_F(NetInterfacesTest, EffectiveNameLookupsAndWorkMode) {
 
     add_rows({"eth0:ETH", "eth1:ETH", "eth1:ETH", "eth1.10:VLAN", "eth2x:SUB", "br0:BRI"});
     clear();
-    _db_if_info eth1 = record("eth1", DB_IF_NULL, "10.0.0.1/24"), eth9 = record("eth9"), bad = record("it's");
-    // A failed statement reads as no match.
-    EXPECT_EQ((Ints{db_check_if_by_name(&h, &eth1), db_check_if_by_name(&h, &eth9), db_check_if_by_name(&h, &bad),
-                    db_if_check_ipmask(&h, &eth1)}),
-              (Ints{2, 0, 0, 0}));
+    _db_if_info eth1 = record("eth1", DB_IF_NULL, "10.0.0.1/24"), eth9 = record("eth9");
+    // A failed statement (the address check's) reads as no match.
+    EXPECT_EQ((Ints{db_check_if_by_name(&h, &eth1), db_check_if_by_name(&h, &eth9), db_if_check_ipmask(&h, &eth1)}),
+              (Ints{2, 0, 0}));
     EXPECT_EQ(sent().front(), "SELECT interfaceName from NetInterfaces where interfaceName = 'eth1'");
     EXPECT_EQ(sent().back(), "SELECT ipAddressMask from NetInterfaces WHERE interfaceName = 'eth1' and "
                              "ipAddressMask '10.0.0.1/24'");
     EXPECT_TRUE(logged(7, "db_check_if_by_name() return: 2"));
-    ASSERT_EQ(texts(3).size(), 2u);
-    EXPECT_EQ(texts(3)[1].rfind("Data base query faild: ", 0), 0u);
+    ASSERT_EQ(texts(3).size(), 1u);
+    EXPECT_EQ(texts(3)[0].rfind("Data base query faild: ", 0), 0u);
 
     clear();  // deleting all keeps the ports
     EXPECT_EQ((Ints{db_if_delete_all(&h), changeModePhyNetInterfaces(&h, "br0")}), (Ints{0, 0}));
@@ -259,10 +258,6 @@ TEST_F(NetInterfacesTest, AttributesAccessServicesAndStatusUseTheirColumns) {
                                "UPDATE NetInterfaces SET vlanEthInterfaceName  = 'eth1' WHERE interfaceName = "
                                "'eth1.100'"}));
     EXPECT_EQ(count("NetInterfaces", "status = 1"), 3);  // eth1, eth10, eth1.100
-    clear();
-    r.pname = txt("eth'1");  // confer fails: speed is not sent
-    EXPECT_EQ(db_if_negmode_update(&h, &r), -1);
-    EXPECT_EQ(sent().size(), 1u);
 
     // The stored status: a failed fetch, 1 for eth1, absent for eth2 (no error), no row for eth9.
     clear();
