@@ -148,6 +148,19 @@ MYSQL* mysql_real_connect(MYSQL* mysql, const char*, const char*, const char*, c
 void mysql_close(MYSQL*) {}
 int mysql_ping(MYSQL*) { return g_input != nullptr && g_input->ConsumeBool() ? 1 : 0; }
 const char* mysql_error(MYSQL*) { return "fuzzed failure"; }
+unsigned int g_errno = 0;
+unsigned int mysql_errno(MYSQL*) { return g_errno; }
+// The client's escaping in its default mode: a backslash before each special character.
+unsigned long mysql_real_escape_string(MYSQL*, char* to, const char* from, unsigned long length) {
+    char* out = to;
+    for (unsigned long i = 0; i < length; ++i) {
+        const char c = from[i];
+        if (c == '\'' || c == '\\' || c == '"' || c == '\n' || c == '\r' || c == '\0' || c == '\032') *out++ = '\\';
+        *out++ = c == '\n' ? 'n' : c == '\r' ? 'r' : c == '\0' ? '0' : c == '\032' ? 'Z' : c;
+    }
+    *out = '\0';
+    return static_cast<unsigned long>(out - to);
+}
 unsigned int mysql_field_count(MYSQL*) { return 0; }
 
 int mysql_query(MYSQL*, const char* q) {
@@ -156,7 +169,12 @@ int mysql_query(MYSQL*, const char* q) {
         __builtin_trap();
     }
     g_last = q;
-    return g_input != nullptr && g_input->ConsumeIntegralInRange<int>(0, 15) == 0 ? 1 : 0;
+    g_errno = 0;
+    if (g_input != nullptr && g_input->ConsumeIntegralInRange<int>(0, 15) == 0) {
+        g_errno = g_input->ConsumeBool() ? 2013 : 1064;  // the connection lost, or the statement refused
+        return 1;
+    }
+    return 0;
 }
 
 MYSQL_RES* mysql_store_result(MYSQL*) {

@@ -10,7 +10,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sanitizer/lsan_interface.h>
 
 #include <functional>
 #include <optional>
@@ -68,8 +67,8 @@ long leaked_bytes(const std::function<void()>& call);
 // Keeps what is allocated in its scope out of the exit-time leak report (for a
 // call whose deliberate leak another case measures).
 struct Unreported {
-    Unreported() { __lsan_disable(); }
-    ~Unreported() { __lsan_enable(); }
+    Unreported();
+    ~Unreported();
 };
 
 #ifdef UTIL_DB_SAFE

@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <map>
+
 #include "harness.h"
 
 using namespace testbed;
@@ -50,14 +52,17 @@ TEST_F(BlankHandleTest, InitValidatesAllocatesOnceAndConnectNeedsInit) {
 
     EXPECT_EQ(util_db_connect(&h), &h);
     EXPECT_EQ(h.flag, 0x31u);
-    int option31 = 0;
-    for (const auto& o : options()) {
-        if (o.first == 31) {
-            ++option31;
-            EXPECT_EQ(o.second, 7u);
-        }
-    }
-    EXPECT_EQ(option31, 1);
+    // The default profile sets option 31 to 7 (no time-out in effect); the
+    // safe one sets the connect, read and write time-outs instead.
+    std::map<int, unsigned int> set;
+    for (const auto& o : options()) set[o.first] = o.second;
+    const std::map<int, unsigned int> want =
+        kSafe ? std::map<int, unsigned int>{{MYSQL_OPT_CONNECT_TIMEOUT, UTIL_DB_CONNECT_TIMEOUT},
+                                            {MYSQL_OPT_READ_TIMEOUT, UTIL_DB_READ_TIMEOUT},
+                                            {MYSQL_OPT_WRITE_TIMEOUT, UTIL_DB_WRITE_TIMEOUT}}
+              : std::map<int, unsigned int>{{31, 7u}};
+    for (const auto& w : want) EXPECT_EQ(set.count(w.first) ? set[w.first] : 0u, w.second) << "option " << w.first;
+    EXPECT_EQ(set.count(31), kSafe ? 0u : 1u);
     util_db_disconnect(&h);
     EXPECT_EQ(h.flag, 0x30u);
     EXPECT_EQ(util_db_deinit(&h), 0);
