@@ -47,6 +47,8 @@ void StatementBase::text(const char* piece) { out_.text(piece); }
 
 void StatementBase::check_literal(const char*) {}
 
+void StatementBase::check_identifier(const char*) {}
+
 #else
 
 namespace {
@@ -274,6 +276,20 @@ void StatementBase::check_literal(const char* value) {
         }
     }
     UTIL_DB_LOG(3, "Value is not one SQL literal, not sent: %s\n", text);
+    refuse(Refusal::Logged);
+}
+
+void StatementBase::check_identifier(const char* name) {
+    const char* p = name;
+    if (p != nullptr && *p != '\0' && !is_digit(*p)) {
+        while (is_word_char(*p)) {
+            ++p;
+        }
+        if (*p == '\0' && p - name <= 64) {
+            return;
+        }
+    }
+    UTIL_DB_LOG(3, "Value is not one SQL identifier, not sent: %s\n", text_or_null(name));
     refuse(Refusal::Logged);
 }
 

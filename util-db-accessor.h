@@ -154,6 +154,16 @@ public:
         return value;
     }
 
+    /* A column name that the statement places as it is, given by the caller.
+     * Safe profile: unless it is one plain name (letters, digits and _, not
+     * starting with a digit), the statement is refused and the refusal
+     * logged. Call it after format(), which starts the statement afresh. */
+    void identifier(const char* name) {
+        if (kSafeProfile) {
+            check_identifier(name);
+        }
+    }
+
     const char* c_str() const { return buf_; }
     bool empty() const { return buf_[0] == '\0'; }
     size_t cursor() const { return out_.cursor(); }
@@ -175,6 +185,7 @@ private:
 
     void refuse(Refusal why);
     void check_literal(const char* value);
+    void check_identifier(const char* name);
     void reset_state();
 #ifdef UTIL_DB_SAFE
     int put(const char* fmt, va_list ap);

@@ -26,7 +26,7 @@
  * from 1, 3 and 5 where the default is hazardous:
  *  - a string value placed between quotes is escaped for the connection
  *    (character set, NO_BACKSLASH_ESCAPES); a value placed without quotes
- *    must be one SQL literal; a statement that does not fit its buffer is
+ *    must be one SQL literal (a column name: one plain name); a statement that does not fit its buffer is
  *    not sent. Each refusal fails the call and logs a priority-3 record.
  *  - a statement that fails because the connection is gone marks the handle
  *    disconnected, so the next statement reconnects; none is sent twice.

@@ -558,8 +558,10 @@ int setAccessModeNetInterfaces(db_handle_t* connection, const char* service, int
     if (connection == NULL || interfaceName == NULL) {
         return -1;
     }
-    return run_format(connection, "UPDATE NetInterfaces SET %s = %d WHERE interfaceName = '%s'", text_or_null(service), mode,
-                  interfaceName);
+    util_db::Statement sql(connection);
+    sql.format("UPDATE NetInterfaces SET %s = %d WHERE interfaceName = '%s'", text_or_null(service), mode, interfaceName);
+    sql.identifier(text_or_null(service));
+    return util_db::run(connection, sql);
 }
 
 int setDhcpModeNetInterfaces(db_handle_t* connection, const char* interfaceName, int ipType) {

@@ -5,6 +5,7 @@
 // In the default profile the cases that assert the safe outcome are skipped.
 #include <signal.h>
 #include <stdio.h>
+#include <string.h>
 
 #include <algorithm>
 #include <chrono>
@@ -232,7 +233,7 @@ TEST_F(SafeTest, StatementTooLongIsNotSent) {
     }
 }
 
-TEST_F(SafeTest, TraitValuesMustBeOneLiteral) {
+TEST_F(SafeTest, UnquotedValuesMustBeOneLiteralOrName) {
     truncate({"Traits"});
     exec("insert into Traits (appId, toffset) values (4, 'old'), (5, 'old')");
     struct {
@@ -264,6 +265,20 @@ TEST_F(SafeTest, TraitValuesMustBeOneLiteral) {
         EXPECT_EQ(db_update_traitby_appid(&h, &t), 0);
         EXPECT_EQ(*value("select toffset from Traits where appId = 4"), "a'b");
     }
+    // The access-service setter names its column: a plain name only.
+    if (!kSafe) return;
+    truncate({"NetInterfaces"});
+    exec("insert into NetInterfaces (interfaceName) values ('eth1'), ('eth2')");
+    for (const char* column : {"ping", "ping = 1, snmp", "snmp=1 where 1=1 or ''", "1ping", ""}) {
+        SCOPED_TRACE(column);
+        clear();
+        const bool plain = strcmp(column, "ping") == 0;
+        EXPECT_EQ(setAccessModeNetInterfaces(&h, column, 1, W("eth1")), plain ? 0 : -1);
+        EXPECT_EQ(sent().size(), plain ? 1u : 0u);
+        EXPECT_EQ(logged(3, std::string("Value is not one SQL identifier, not sent: ") + column + "\n"), !plain);
+    }
+    EXPECT_EQ(count("NetInterfaces", "ping = 1"), 1);
+    EXPECT_EQ(count("NetInterfaces", "snmp = 1"), 0);
 }
 
 // A call that succeeds only on a live connection: 0, or -1.
