@@ -44,7 +44,7 @@ TEST_F(ServicesTest, ServiceRowsRulesAndDumpsUseTheirExactStatements) {
     // Dumps log every cell at error priority.
     exec("update Servers set description = NULL");
     clear();
-    EXPECT_EQ(util_db_query_commonServers(&h) + util_db_query_commonServerRules(&h), 0);
+    EXPECT_EQ((Ints{util_db_query_commonServers(&h), util_db_query_commonServerRules(&h)}), Ints(2, 0));
     EXPECT_EQ(sent(), (Texts{"select * from Servers", "select * from ServerRules"}));
     EXPECT_EQ(texts(3), (Texts{"The total rows is: 1\n", "The total fields is: 3\n", "1\t", "web\t", "(null)\t", "\n",
                                "The total rows is: 0\n", "The total fields is: 13\n"}));
