@@ -122,6 +122,11 @@ do_start() {
       sleep 0.1
     done
     [ "$n" -lt 100 ] || die "the replica did not join (see $dir/$REPLICA/error.log)"
+    # The replica holds all the primary has (root's read_only right among it)
+    # before anyone writes to either.
+    local pos; pos=$(sql "$PRIMARY" "SELECT @@gtid_binlog_pos")
+    [ "$(sql "$REPLICA" "SELECT MASTER_GTID_WAIT('$pos', 30)")" = 0 ] \
+      || die "the replica did not apply $pos within 30 s (see $dir/$REPLICA/error.log)"
   fi
   start_service
   echo "PRIMARY_PORT=$(port "$PRIMARY")"
