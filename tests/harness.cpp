@@ -13,14 +13,9 @@
 #include <fstream>
 #include <mutex>
 
-// The sanitizers' heap interface: live heap bytes as the address sanitizer
-// counts them (requested sizes), and the leak checker's pause. Weak, so that
-// the test build without sanitizers (run under valgrind) links too.
-extern "C" {
-size_t __sanitizer_get_current_allocated_bytes(void) __attribute__((weak));
-void __lsan_disable(void) __attribute__((weak));
-void __lsan_enable(void) __attribute__((weak));
-}
+// Live heap bytes as the address sanitizer counts them (requested sizes); weak
+// like the leak checker's pause (harness.h).
+extern "C" size_t __sanitizer_get_current_allocated_bytes(void) __attribute__((weak));
 
 namespace {
 
@@ -28,48 +23,35 @@ std::mutex g_mutex;
 std::vector<std::string> g_statements;
 std::vector<testbed::LogRecord> g_logs;
 std::vector<std::pair<int, unsigned int>> g_options;
-int g_open = 0, g_close = 0, g_option = 0, g_facility = 0, g_fail_fetch_at = 0, g_fail_options_at = 0;
-bool g_opened = false;
+int g_option = 0, g_facility = 0, g_fail_fetch_at = 0, g_fail_options_at = 0;
+int g_open = 0;  // openlog calls not yet closed
 std::string g_ident;
 thread_local bool t_own = false;    // the harness's own connection is not recorded
 std::atomic<bool> g_paused{false};  // nothing is recorded (heap counts see only the library)
 MYSQL* g_db = nullptr;
 
-// The client library's own function of that name.
+// The client library's own functions of those names.
 template <class Fn> Fn real(const char* name) { return reinterpret_cast<Fn>(dlsym(RTLD_NEXT, name)); }
-int real_query(MYSQL* m, const char* q) {
-    static auto fn = real<int (*)(MYSQL*, const char*)>("mysql_query");
-    return fn(m, q);
-}
-MYSQL_ROW real_fetch(MYSQL_RES* r) {
-    static auto fn = real<MYSQL_ROW (*)(MYSQL_RES*)>("mysql_fetch_row");
-    return fn(r);
-}
-
-// A copy of shared state, taken under the lock.
-template <class T> T locked(const T& v) {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    return v;
-}
+const auto real_query = real<int (*)(MYSQL*, const char*)>("mysql_query");
+const auto real_fetch = real<MYSQL_ROW (*)(MYSQL_RES*)>("mysql_fetch_row");
+const auto real_options = real<int (*)(MYSQL*, enum mysql_option, const void*)>("mysql_options");
 
 // True (and counted down) when the call that brings `at` to 0 is now.
 bool now(int& at) { return at > 0 && --at == 0; }
 
-void record(int priority, const char* fmt, va_list ap) __attribute__((format(printf, 2, 0)));
-void record(int priority, const char* fmt, va_list ap) {
+__attribute__((format(printf, 2, 0))) void record(int priority, const char* fmt, va_list ap) {
     if (g_paused) return;
     char buf[65536];
     vsnprintf(buf, sizeof buf, fmt, ap);
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_logs.push_back({priority, buf, g_ident, g_option, g_facility, g_opened});
+    g_logs.push_back({priority, buf, g_ident, g_option, g_facility, g_open == 1});
 }
 
 void own_connect() {
     if (g_db != nullptr) mysql_close(g_db);
     g_db = mysql_init(nullptr);
-    const char* port = getenv("MYSQL_TCP_PORT");
-    if (mysql_real_connect(g_db, "127.0.0.1", "root", "582914", "firewall",
-                           port ? static_cast<unsigned>(atoi(port)) : 0, nullptr, 0) == nullptr) {
+    // Port 0: the client takes MYSQL_TCP_PORT.
+    if (mysql_real_connect(g_db, "127.0.0.1", "root", "582914", "firewall", 0, nullptr, 0) == nullptr) {
         ADD_FAILURE() << "test connection: " << mysql_error(g_db);
     }
 }
@@ -108,7 +90,6 @@ extern "C" int mysql_query(MYSQL* mysql, const char* q) {
 }
 
 extern "C" int mysql_options(MYSQL* mysql, enum mysql_option option, const void* arg) {
-    static auto fn = real<int (*)(MYSQL*, enum mysql_option, const void*)>("mysql_options");
     if (!t_own && !g_paused) {
         std::lock_guard<std::mutex> lock(g_mutex);
         if (now(g_fail_options_at)) return 1;
@@ -116,30 +97,25 @@ extern "C" int mysql_options(MYSQL* mysql, enum mysql_option option, const void*
         if (arg != nullptr) memcpy(&value, arg, sizeof value);
         g_options.emplace_back(static_cast<int>(option), value);
     }
-    return fn(mysql, option, arg);
+    return real_options(mysql, option, arg);
 }
 
 extern "C" MYSQL_ROW mysql_fetch_row(MYSQL_RES* res) {
-    {
-        std::lock_guard<std::mutex> lock(g_mutex);
-        if (!t_own && now(g_fail_fetch_at)) return nullptr;
-    }
+    std::unique_lock<std::mutex> lock(g_mutex);
+    if (!t_own && now(g_fail_fetch_at)) return nullptr;
+    lock.unlock();
     return real_fetch(res);
 }
 
 extern "C" void openlog(const char* ident, int option, int facility) {
     std::lock_guard<std::mutex> lock(g_mutex);
     ++g_open;
-    g_opened = true;
-    g_ident = ident ? ident : "";
-    g_option = option;
-    g_facility = facility;
+    g_ident = ident ? ident : "", g_option = option, g_facility = facility;
 }
 
 extern "C" void closelog(void) {
     std::lock_guard<std::mutex> lock(g_mutex);
-    ++g_close;
-    g_opened = false;
+    --g_open;
 }
 
 extern "C" void vsyslog(int priority, const char* fmt, va_list ap) { record(priority, fmt, ap); }
@@ -161,18 +137,16 @@ extern "C" void __syslog_chk(int priority, int, const char* fmt, ...) {
 
 namespace testbed {
 
-std::vector<std::string> statements() { return locked(g_statements); }
-std::vector<LogRecord> logs() { return locked(g_logs); }
-std::vector<std::pair<int, unsigned int>> options() { return locked(g_options); }
-int open_count() { return locked(g_open); }
-int close_count() { return locked(g_close); }
+// Copies, taken under the lock.
+std::vector<std::string> statements() { std::lock_guard<std::mutex> lock(g_mutex); return g_statements; }
+std::vector<LogRecord> logs() { std::lock_guard<std::mutex> lock(g_mutex); return g_logs; }
+std::vector<std::pair<int, unsigned int>> options() { std::lock_guard<std::mutex> lock(g_mutex); return g_options; }
 
 void clear() {
     std::lock_guard<std::mutex> lock(g_mutex);
     g_options.clear();
     g_statements.clear();
     g_logs.clear();
-    g_open = g_close = 0;
 }
 
 void fail_options_at(int n) { std::lock_guard<std::mutex> lock(g_mutex); g_fail_options_at = n; }
@@ -226,24 +200,15 @@ void kill_connections() {
     }
 }
 
-Unreported::Unreported() {
-    if (__lsan_disable != nullptr) __lsan_disable();
-}
-Unreported::~Unreported() {
-    if (__lsan_enable != nullptr) __lsan_enable();
-}
-
 long leaked_bytes(const std::function<void()>& call) {
     if (__sanitizer_get_current_allocated_bytes == nullptr) {
         ADD_FAILURE() << "leaked_bytes needs the address sanitizer";
         return -1;
     }
     g_paused = true;
+    Unreported unreported;
     const long before = static_cast<long>(__sanitizer_get_current_allocated_bytes());
-    {
-        Unreported unreported;
-        call();
-    }
+    call();
     const long after = static_cast<long>(__sanitizer_get_current_allocated_bytes());
     g_paused = false;
     return after - before;
@@ -251,12 +216,10 @@ long leaked_bytes(const std::function<void()>& call) {
 
 std::string strip_site(const std::string& text, std::string* file) {
     // "path:line " then the message
-    const size_t colon = text.find(':');
-    size_t i = colon == std::string::npos ? text.size() : colon + 1;
-    while (i < text.size() && isdigit(static_cast<unsigned char>(text[i]))) ++i;
-    if (colon == std::string::npos || i == colon + 1 || i >= text.size() || text[i] != ' ') return text;
+    const size_t colon = text.find(':'), end = text.find_first_not_of("0123456789", colon + 1);
+    if (colon == std::string::npos || end == colon + 1 || end >= text.size() || text[end] != ' ') return text;
     if (file != nullptr) *file = text.substr(0, colon);
-    return text.substr(i + 1);
+    return text.substr(end + 1);
 }
 
 void LibraryTest::SetUp() {
@@ -273,12 +236,9 @@ void LibraryTest::TearDown() {
         util_db_disconnect(&h);
         util_db_deinit(&h);
     }
-    util_db_test_fail_alloc_at = 0;
     fail_fetch_at(0);
 }
 
-void LibraryTest::log_on(int level) { util_db_log_switch = 1, util_db_log_level = level; }
-void LibraryTest::log_off() { util_db_log_switch = 0, util_db_log_level = 0; }
 
 std::vector<std::string> LibraryTest::texts(int priority) const {
     std::vector<std::string> out;

@@ -10,9 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <set>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "harness.h"
 
@@ -32,12 +30,12 @@ constexpr int kRestarts = 2;
 struct Worker {
     db_handle_t* handle = nullptr;
     int id = 0;
-    long calls = 0, ok = 0, recoveries = 0;
-    long up_failures[4] = {0, 0, 0, 0};  // by call of the mix, while the server was up
-    std::atomic<int> down_failures{0};   // failures of calls that started while down
-    std::vector<std::string> acknowledged, faults;  // names whose insert answered 0; undocumented outcomes
-    std::vector<std::string> refused;               // names whose insert answered -1
-    double slowest = 0;                             // seconds, the longest call
+    long calls = 0, recoveries = 0;
+    std::atomic<int> down_failures{0};  // failures of calls that started while down
+    // Names whose insert answered 0, names whose insert answered -1; failures
+    // while the server was up and undocumented outcomes.
+    std::vector<std::string> acknowledged, refused, faults;
+    double slowest = 0;  // seconds, the longest call
 };
 
 constexpr double kCallBound = 5.0;  // seconds any one call may take, the server up or down
@@ -50,8 +48,6 @@ std::atomic<int> g_epoch{0};
 // two-statement read into a caller buffer, a heap list. Returns whether it
 // answered what it must; anything but that or -1 is a fault.
 bool one_call(Worker& w, long i) {
-    const char* fn[] = {"insertServersName", "checkServersByName", "selectInterfaceInfoByNameSA",
-                        "db_get_srv_info_by_name"};
     long r = -1, want = 0;
     std::string name = "soak-" + std::to_string(w.id) + "-" + std::to_string(i);
     char out[512];
@@ -62,8 +58,7 @@ bool one_call(Worker& w, long i) {
             break;
         case 1:
             name = w.acknowledged.empty() ? "soak-none" : w.acknowledged.back();
-            want = w.acknowledged.empty() ? 0 : 1;
-            r = checkServersByName(w.handle, W(name.c_str()));
+            r = checkServersByName(w.handle, W(name.c_str())), want = w.acknowledged.empty() ? 0 : 1;
             break;
         case 2: {
             Unreported member_result;  // measured by the zone tests
@@ -76,7 +71,7 @@ bool one_call(Worker& w, long i) {
             db_free_predefsrv_info(l);
         }
     }
-    if (r != -1 && r != want) w.faults.push_back(std::string(fn[i % 4]) + " " + std::to_string(r) + " " + name);
+    if (r != -1 && r != want) w.faults.push_back("call " + std::to_string(i % 4) + " answered " + std::to_string(r));
     return r == want;
 }
 
@@ -87,17 +82,15 @@ void work(Worker& w) {
         const auto t0 = std::chrono::steady_clock::now();
         const bool ok = one_call(w, i);
         w.slowest = std::max(w.slowest, std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
-        const bool down_now = g_down.load();
         ++w.calls;
         if (epoch != seen_epoch) {  // the first call that started after a restart
             seen_epoch = epoch;
             ++w.recoveries;
             if (!ok) w.faults.push_back("first call after restart " + std::to_string(epoch) + " failed");
         }
-        w.ok += ok;
         if (ok) continue;
         if (was_down) ++w.down_failures;
-        if (!was_down && !down_now) ++w.up_failures[i % 4];  // the server was up during the whole call
+        if (!was_down && !g_down) w.faults.push_back("call " + std::to_string(i % 4) + " failed, the server up");
         // What a caller does after a failure: probe, so that a dead connection is
         // marked and the next statement reconnects.
         util_db_chkconnect(w.handle);
@@ -127,11 +120,9 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
     std::vector<Worker> workers(kOwnThreads + kSharedThreads);
     std::vector<std::thread> threads;
     for (size_t i = 0; i < workers.size(); ++i) {
-        workers[i].id = static_cast<int>(i);
-        workers[i].handle = &handles[i < kOwnThreads ? i : kOwnThreads];
+        workers[i].id = static_cast<int>(i), workers[i].handle = &handles[i < kOwnThreads ? i : kOwnThreads];
         threads.emplace_back(work, std::ref(workers[i]));
     }
-    const auto start = std::chrono::steady_clock::now();
     std::this_thread::sleep_for(1s);
     for (int r = 1; r <= kRestarts; ++r) {
         g_down = true;  // from here on a failure is expected
@@ -148,7 +139,6 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
     }
     g_stop = true;
     for (std::thread& t : threads) t.join();
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     for (db_handle_t& h : handles) { util_db_disconnect(&h); util_db_deinit(&h); }
     finished = true;
     watchdog.join();
@@ -156,32 +146,22 @@ TEST(LoadTest, SoakThroughTwoServerRestarts) {
     // No lost acknowledged write.
     std::set<std::string> stored;
     for (const Row& r : rows("select name from Servers where name like 'soak-%'")) stored.insert(*r[0]);
-    long calls = 0, ok = 0, down = 0, up = 0, recoveries = 0, writes = 0, applied_anyway = 0;
+    long calls = 0, applied_anyway = 0;
     double slowest = 0;
     for (Worker& w : workers) {
         SCOPED_TRACE("thread " + std::to_string(w.id));
         for (const std::string& f : w.faults) ADD_FAILURE() << f;
         for (const std::string& n : w.acknowledged) EXPECT_EQ(stored.count(n), 1u) << "acknowledged write lost: " << n;
         EXPECT_EQ(w.recoveries, kRestarts);
-        const long* u = w.up_failures;
-        EXPECT_EQ(u[0] + u[1] + u[2] + u[3], 0) << "by call: " << u[0] << " " << u[1] << " " << u[2] << " " << u[3];
         EXPECT_GT(w.down_failures, 0);
-        calls += w.calls, ok += w.ok, down += w.down_failures, up += u[0] + u[1] + u[2] + u[3];
-        recoveries += w.recoveries, writes += static_cast<long>(w.acknowledged.size());
         for (const std::string& n : w.refused) applied_anyway += static_cast<long>(stored.count(n));
-        slowest = std::max(slowest, w.slowest);
+        slowest = std::max(slowest, w.slowest), calls += w.calls;
     }
     // A write reported failed can only have been applied when its reply was
     // lost as the server stopped: at most one call per thread and stop.
     EXPECT_LE(applied_anyway, kRestarts * (kOwnThreads + kSharedThreads));
     EXPECT_LT(slowest, kCallBound);
-    printf("soak: %.1f s, %d threads (%d own handles, %d on one shared handle), %d restarts\n"
-           "soak: %ld calls, %ld succeeded, %ld failed while down, %ld failed while up, "
-           "%ld recovery calls, %ld acknowledged writes checked\n"
-           "soak: %ld writes reported failed but applied, slowest call %.3f s\n",
-           seconds, kOwnThreads + kSharedThreads, kOwnThreads, kSharedThreads, kRestarts, calls, ok, down, up,
-           recoveries, writes, applied_anyway, slowest);
-    EXPECT_LT(seconds, 45.0);
+    printf("soak: %ld calls, %ld reported failed but applied, slowest %.3f s\n", calls, applied_anyway, slowest);
 }
 
 // The library's connections are killed while the server stays up, and the
@@ -196,21 +176,16 @@ TEST(LoadTest, KilledConnectionsWithACallerThatNeverProbes) {
     const long pid = server_pid();
     kill_connections();
     constexpr int kCalls = 10;
-    int failed = 0, applied_anyway = 0;
-    double slowest = 0;
+    int failed = 0, applied_anyway = 0;  // (the soak bounds a failing call's time)
     for (int i = 0; i < kCalls; ++i) {
         const std::string name = "killed-" + std::to_string(i);
-        const auto t0 = std::chrono::steady_clock::now();
         const int r = insertServersName(&h, W(name.c_str()), W("load"));
-        slowest = std::max(slowest, std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
         failed += r != 0;
         applied_anyway += r != 0 && count("Servers", "name = '" + name + "'") != 0;
     }
     EXPECT_EQ(server_pid(), pid);  // the server was up all along
     EXPECT_EQ(applied_anyway, 0);  // a lost connection fails at the look-up, before the insert
-    EXPECT_LT(slowest, kCallBound);
-    printf("killed connections: %d of %d calls failed, %d applied anyway, slowest %.3f s\n", failed, kCalls,
-           applied_anyway, slowest);
+    printf("killed connections: %d of %d calls failed\n", failed, kCalls);
 #ifdef UTIL_DB_SAFE
     EXPECT_LE(failed, 1);
 #else
