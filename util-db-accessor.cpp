@@ -285,7 +285,7 @@ void StatementBase::check_identifier(const char* name) {
         while (is_word_char(*p)) {
             ++p;
         }
-        if (*p == '\0' && p - name <= 64) {
+        if (*p == '\0') {
             return;
         }
     }
